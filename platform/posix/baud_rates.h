@@ -1,0 +1,19 @@
+// Line speeds known to termios (private to the POSIX implementation).
+#ifndef VQ_PLATFORM_POSIX_BAUD_RATES_H
+#define VQ_PLATFORM_POSIX_BAUD_RATES_H
+
+#include <termios.h>
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace vq::platform::posix {
+
+// The termios code of a baud rate, or nothing when the rate is not supported.
+std::optional<speed_t> SpeedCode(std::uint32_t baudRate);
+std::vector<std::uint32_t> KnownBaudRates();
+
+}  // namespace vq::platform::posix
+
+#endif  // VQ_PLATFORM_POSIX_BAUD_RATES_H
