@@ -1,0 +1,24 @@
+// Entry point of the compiler: text to Code.
+#pragma once
+
+#include <string_view>
+
+#include "FormulaCode.h"
+#include "FormulaScope.h"
+
+namespace GenApi {
+namespace formula {
+namespace detail {
+
+// Longer formula texts are rejected before parsing.
+constexpr std::size_t kMaxFormulaLength = 64 * 1024;
+// Nesting of parentheses, function calls, unary operators and right-associative chains.
+constexpr int kMaxNestingDepth = 256;
+
+// Compiles `text` with the names of `scope`. Throws FormulaError with the
+// problem and its position.
+Code CompileCode(std::string_view text, Scope& scope, Arithmetic arithmetic);
+
+}  // namespace detail
+}  // namespace formula
+}  // namespace GenApi

@@ -1,0 +1,264 @@
+#include "FormulaLexer.h"
+
+#include <charconv>
+#include <cstdio>
+#include <limits>
+
+#include "Formula.h"
+#include "FormulaNumeric.h"
+
+namespace GenApi {
+namespace formula {
+namespace detail {
+namespace {
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsHexDigit(char c) { return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+bool IsIdentifierStart(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
+bool IsIdentifierChar(char c) { return IsIdentifierStart(c) || IsDigit(c) || c == '.'; }
+bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+int HexDigitValue(char c) {
+  if (IsDigit(c)) return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  return c - 'A' + 10;
+}
+
+[[noreturn]] void FailAt(const std::string& what, std::size_t position) {
+  throw FormulaError(what + " at position " + std::to_string(position));
+}
+
+std::string Printable(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  if (byte >= 0x20 && byte < 0x7F) return std::string("'") + c + "'";
+  char buffer[8];
+  std::snprintf(buffer, sizeof buffer, "0x%02X", static_cast<unsigned>(byte));
+  return buffer;
+}
+
+class Lexer {
+ public:
+  explicit Lexer(std::string_view text) : text_(text) {}
+
+  std::vector<Token> Run() {
+    std::vector<Token> tokens;
+    for (;;) {
+      while (pos_ < text_.size() && IsSpace(text_[pos_])) ++pos_;
+      if (pos_ >= text_.size()) break;
+      tokens.push_back(Next());
+    }
+    Token end;
+    end.kind = TokenKind::End;
+    end.position = text_.size() + 1;
+    tokens.push_back(end);
+    return tokens;
+  }
+
+ private:
+  char At(std::size_t index) const { return index < text_.size() ? text_[index] : '\0'; }
+
+  Token Make(TokenKind kind, std::size_t length) {
+    Token token;
+    token.kind = kind;
+    token.position = pos_ + 1;
+    token.text = text_.substr(pos_, length);
+    pos_ += length;
+    return token;
+  }
+
+  Token Next() {
+    const char c = text_[pos_];
+    if (IsDigit(c) || (c == '.' && IsDigit(At(pos_ + 1)))) return Number();
+    if (IsIdentifierStart(c)) return Identifier();
+    return Symbol(c);
+  }
+
+  Token Identifier() {
+    std::size_t end = pos_;
+    while (end < text_.size() && IsIdentifierChar(text_[end])) ++end;
+    return Make(TokenKind::Identifier, end - pos_);
+  }
+
+  Token Number() {
+    if (text_[pos_] == '0' && (At(pos_ + 1) == 'x' || At(pos_ + 1) == 'X')) return HexNumber();
+    return DecimalNumber();
+  }
+
+  void RejectTrailingIdentifierChars(std::size_t end) const {
+    if (end < text_.size() && IsIdentifierChar(text_[end])) {
+      FailAt("malformed number '" + std::string(text_.substr(pos_, end - pos_ + 1)) + "'",
+             pos_ + 1);
+    }
+  }
+
+  Token HexNumber() {
+    std::size_t end = pos_ + 2;
+    std::uint64_t bits = 0;
+    while (end < text_.size() && IsHexDigit(text_[end])) {
+      if (bits > (std::numeric_limits<std::uint64_t>::max() >> 4)) {
+        FailAt("hexadecimal number wider than 64 bits", pos_ + 1);
+      }
+      bits = (bits << 4) | static_cast<std::uint64_t>(HexDigitValue(text_[end]));
+      ++end;
+    }
+    if (end == pos_ + 2) FailAt("hexadecimal number without digits", pos_ + 1);
+    RejectTrailingIdentifierChars(end);
+    Token token = Make(TokenKind::Number, end - pos_);
+    token.integerValue = static_cast<std::int64_t>(bits);
+    token.floatValue = static_cast<double>(token.integerValue);
+    return token;
+  }
+
+  std::size_t SkipDigits(std::size_t index) const {
+    while (index < text_.size() && IsDigit(text_[index])) ++index;
+    return index;
+  }
+
+  Token DecimalNumber() {
+    std::size_t end = SkipDigits(pos_);
+    bool isInteger = true;
+    if (At(end) == '.') {
+      isInteger = false;
+      end = SkipDigits(end + 1);
+    }
+    const char e = At(end);
+    if (e == 'e' || e == 'E') {
+      std::size_t exponent = end + 1;
+      if (At(exponent) == '+' || At(exponent) == '-') ++exponent;
+      if (IsDigit(At(exponent))) {
+        isInteger = false;
+        end = SkipDigits(exponent);
+      }
+    }
+    RejectTrailingIdentifierChars(end);
+    Token token = Make(TokenKind::Number, end - pos_);
+    token.floatValue = ParseFloatLiteral(token.text);
+    if (isInteger) {
+      token.integerValid = ParseDecimalBits(token.text, token.integerValue);
+    } else {
+      token.integerValue = SaturateToInteger(token.floatValue);
+    }
+    return token;
+  }
+
+  static double ParseFloatLiteral(std::string_view text) {
+    double value = 0.0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (result.ec == std::errc::result_out_of_range) {
+      return DecimalMagnitude(text) > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+    }
+    return value;
+  }
+
+  // Rough power of ten of a decimal literal, enough to tell overflow from underflow.
+  static long DecimalMagnitude(std::string_view text) {
+    std::size_t i = 0;
+    long magnitude = 0;
+    bool seenNonZero = false;
+    for (; i < text.size() && IsDigit(text[i]); ++i) {
+      if (seenNonZero || text[i] != '0') {
+        if (seenNonZero) ++magnitude;
+        seenNonZero = true;
+      }
+    }
+    if (i < text.size() && text[i] == '.') {
+      for (++i; i < text.size() && IsDigit(text[i]); ++i) {
+        if (!seenNonZero) {
+          --magnitude;
+          seenNonZero = text[i] != '0';
+        }
+      }
+    }
+    if (i < text.size() && (text[i] == 'e' || text[i] == 'E')) {
+      ++i;
+      const bool negative = i < text.size() && text[i] == '-';
+      if (i < text.size() && (text[i] == '-' || text[i] == '+')) ++i;
+      long exponent = 0;
+      for (; i < text.size() && IsDigit(text[i]); ++i) {
+        if (exponent < 100000) exponent = exponent * 10 + (text[i] - '0');
+      }
+      magnitude += negative ? -exponent : exponent;
+    }
+    return magnitude;
+  }
+
+  // Decimal integers up to 2^64-1 are read as 64-bit patterns.
+  static bool ParseDecimalBits(std::string_view text, std::int64_t& value) {
+    std::uint64_t bits = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), bits);
+    if (result.ec != std::errc()) return false;
+    value = static_cast<std::int64_t>(bits);
+    return true;
+  }
+
+  Token Symbol(char c) {
+    const char next = At(pos_ + 1);
+    switch (c) {
+      case '(':
+        return Make(TokenKind::LeftParen, 1);
+      case ')':
+        return Make(TokenKind::RightParen, 1);
+      case ',':
+        return Make(TokenKind::Comma, 1);
+      case '?':
+        return Make(TokenKind::Question, 1);
+      case ':':
+        return Make(TokenKind::Colon, 1);
+      case '+':
+        return Make(TokenKind::Plus, 1);
+      case '-':
+        return Make(TokenKind::Minus, 1);
+      case '/':
+        return Make(TokenKind::Slash, 1);
+      case '%':
+        return Make(TokenKind::Percent, 1);
+      case '^':
+        return Make(TokenKind::Caret, 1);
+      case '~':
+        return Make(TokenKind::Tilde, 1);
+      case '*':
+        return next == '*' ? Make(TokenKind::StarStar, 2) : Make(TokenKind::Star, 1);
+      case '&':
+        return next == '&' ? Make(TokenKind::AmpAmp, 2) : Make(TokenKind::Amp, 1);
+      case '|':
+        return next == '|' ? Make(TokenKind::PipePipe, 2) : Make(TokenKind::Pipe, 1);
+      case '<':
+        if (next == '<') return Make(TokenKind::ShiftLeft, 2);
+        if (next == '=') return Make(TokenKind::LessEqual, 2);
+        if (next == '>') return Make(TokenKind::NotEqual, 2);
+        return Make(TokenKind::Less, 1);
+      case '>':
+        if (next == '>') return Make(TokenKind::ShiftRight, 2);
+        if (next == '=') return Make(TokenKind::GreaterEqual, 2);
+        return Make(TokenKind::Greater, 1);
+      case '=':
+        if (next == '=') FailAt("'==' is not an operator (equality is '=')", pos_ + 1);
+        return Make(TokenKind::Equal, 1);
+      case '!':
+        FailAt("'!' is not an operator (use '<>' or '= 0')", pos_ + 1);
+      case '"':
+      case '\'':
+        FailAt("quoted strings are not allowed", pos_ + 1);
+      default:
+        FailAt("unexpected character " + Printable(c), pos_ + 1);
+    }
+  }
+
+  std::string_view text_;
+  std::size_t pos_ = 0;
+};
+
+}  // namespace
+
+std::vector<Token> Tokenize(std::string_view text) { return Lexer(text).Run(); }
+
+std::string Describe(const Token& token) {
+  if (token.kind == TokenKind::End) return "end of formula";
+  return "'" + std::string(token.text) + "'";
+}
+
+}  // namespace detail
+}  // namespace formula
+}  // namespace GenApi
