@@ -1,0 +1,161 @@
+// The device behind the protocol: register map derived from the example descriptions,
+// bootstrap and manifest contents, commands and the configuration store.
+#include <gtest/gtest.h>
+
+#include "sim_test_support.h"
+#include "vq/gencp/Bootstrap.h"
+#include "vq/gencp/Constants.h"
+#include "vq/gencp/Endian.h"
+#include "vq/sim/Device.h"
+
+using namespace vq::sim;
+using namespace vq::gencp;
+
+namespace {
+
+uint32_t u32At(const Device& device, uint64_t address) {
+  const auto outcome = device.read(address, 4);
+  return outcome.data.size() == 4 ? readU32(outcome.data.data()) : 0xDEADBEEF;
+}
+
+std::string stringAt(const Device& device, uint64_t address) {
+  const auto outcome = device.read(address, 64);
+  std::string text(outcome.data.begin(), outcome.data.end());
+  return text.substr(0, text.find('\0'));
+}
+
+}  // namespace
+
+TEST(SimDevice, EveryDescriptionRegisterIsServedWithItsAccess) {
+  for (const auto& dir : {simtest::areaProfileDir(), simtest::lineProfileDir()}) {
+    Device device(loadProfile(dir));
+    ASSERT_FALSE(device.description().registers.empty());
+    for (const auto& reg : device.description().registers) {
+      const auto outcome = device.read(reg.address, reg.length);
+      EXPECT_EQ(outcome.status, kStatusSuccess) << dir << " " << reg.name;
+      EXPECT_EQ(outcome.data.size(), reg.length) << reg.name;
+      if (reg.access == Access::RO && reg.address >= abrm::kAbrmEnd + 0x10000) {
+        Device scratch(loadProfile(dir));
+        EXPECT_EQ(scratch.write(reg.address, outcome.data).status, kStatusWriteProtect) << reg.name;
+      }
+    }
+  }
+}
+
+TEST(SimDevice, AddressesOutsideTheDescriptionAreInvalid) {
+  Device device(simtest::areaProfile());
+  for (uint64_t address : {0x3FFFCull, 0x40040ull, 0x40800ull, 0x30000ull, 0x0250ull, 0x1E8ull,
+                           0x10008ull, 0xFFFFFFFFFFFFFFF0ull}) {
+    EXPECT_EQ(device.read(address, 4).status, kStatusInvalidAddress) << std::hex << address;
+    EXPECT_EQ(device.write(address, {0, 0, 0, 1}).status, kStatusInvalidAddress)
+        << std::hex << address;
+  }
+}
+
+TEST(SimDevice, BootstrapCarriesTheProfileIdentity) {
+  Device device(simtest::areaProfile());
+  EXPECT_EQ(u32At(device, abrm::kGenCPVersion), 0x00010003u);
+  EXPECT_EQ(stringAt(device, abrm::kManufacturerName), "KORVA");
+  EXPECT_EQ(stringAt(device, abrm::kModelName), "A2040M");
+  EXPECT_EQ(stringAt(device, abrm::kFamilyName), "AreaScan");
+  EXPECT_EQ(stringAt(device, abrm::kDeviceVersion), "1.4.2");
+  EXPECT_EQ(stringAt(device, abrm::kSerialNumber), "KA2040M-00117");
+  EXPECT_EQ(stringAt(device, abrm::kUserDefinedName), "demo camera");
+  const auto caps = device.read(abrm::kDeviceCapability, 8);
+  ASSERT_EQ(caps.data.size(), 8u);
+  const uint64_t capabilities = readU64(caps.data.data());
+  EXPECT_TRUE(capabilities & abrm::kCapSbrm);
+  EXPECT_TRUE(capabilities & abrm::kCapFamilyName);
+  EXPECT_TRUE(capabilities & abrm::kCapWrittenLength);
+  EXPECT_EQ(u32At(device, abrm::kMaxDeviceResponseTime), 300u);
+  EXPECT_EQ(readU64(device.read(abrm::kSbrmAddress, 8).data.data()), kSbrmAddress);
+  EXPECT_EQ(u32At(device, kSbrmAddress), 0xFFu);
+  EXPECT_EQ(u32At(device, kSbrmAddress + 4), kBaud9600);
+  // Read-only identity, writable user name.
+  EXPECT_EQ(device.write(abrm::kModelName, {'X'}).status, kStatusWriteProtect);
+  EXPECT_EQ(device.write(abrm::kUserDefinedName, {'c', 'a', 'm', 0}).status, kStatusSuccess);
+  EXPECT_EQ(stringAt(device, abrm::kUserDefinedName), "cam");
+}
+
+TEST(SimDevice, ManifestDescribesTheServedFile) {
+  struct Case {
+    std::string dir;
+    uint32_t format;
+    std::string magic;
+    uint32_t fileVersion;
+  };
+  const Case cases[] = {
+      {simtest::areaProfileDir(), manifest::kFormatZip, "PK\x03\x04", 0x01040002},
+      {simtest::lineProfileDir(), manifest::kFormatUncompressed, "<?xml", 0x02000007}};
+  for (const auto& c : cases) {
+    Device device(loadProfile(c.dir));
+    const auto table = device.read(kManifestAddress, 8 + 64).data;
+    ASSERT_EQ(table.size(), 72u);
+    EXPECT_EQ(readU64(table.data()), 1u);
+    const uint8_t* entry = table.data() + 8;
+    EXPECT_EQ(readU32(entry + manifest::kFileVersion), c.fileVersion);
+    const uint32_t schema = readU32(entry + manifest::kSchemaAndFormat);
+    EXPECT_EQ(manifest::fileFormat(schema), c.format);
+    EXPECT_EQ(manifest::schemaMajor(schema), 1u);
+    EXPECT_EQ(manifest::schemaMinor(schema), 1u);
+    const uint64_t address = readU64(entry + manifest::kFileAddress);
+    const uint64_t size = readU64(entry + manifest::kFileSize);
+    EXPECT_EQ(size, device.descriptionFile().size());
+    const auto file = device.read(address, size);
+    ASSERT_EQ(file.status, kStatusSuccess);
+    EXPECT_EQ(std::string(file.data.begin(), file.data.begin() + c.magic.size()), c.magic);
+    EXPECT_EQ(device.read(address + size, 1).status, kStatusInvalidAddress);
+  }
+  // The zipped description is much smaller than the text.
+  Device area(simtest::areaProfile());
+  EXPECT_LT(area.descriptionFile().size() * 3, area.profile().descriptionText.size());
+}
+
+TEST(SimDevice, InitialValuesAreApplied) {
+  Device device(simtest::areaProfile());
+  EXPECT_EQ(u32At(device, 0x40108), 2048u);        // Width
+  EXPECT_EQ(u32At(device, 0x40118), 0x01080001u);  // PixelFormat Mono8
+  const auto black = device.read(0x40308, 2).data;
+  EXPECT_EQ(black, (std::vector<uint8_t>{0xFF, 0xFC}));
+  Profile bad = simtest::areaProfile();
+  bad.valuesText = "0x30000 u32 1\n";
+  EXPECT_THROW(Device{bad}, ProfileError);
+}
+
+TEST(SimDevice, CommandsClearThemselvesAfterTheDelay) {
+  Profile profile = simtest::areaProfile();
+  profile.commandDelayMs = 40;
+  Device device(profile);
+  const uint64_t acquisitionStart = 0x40204;
+  ASSERT_EQ(device.write(acquisitionStart, {0, 0, 0, 1}).status, kStatusSuccess);
+  EXPECT_EQ(u32At(device, acquisitionStart), 1u);
+  device.advanceTo(39'000);
+  EXPECT_EQ(u32At(device, acquisitionStart), 1u);
+  device.advanceTo(40'000);
+  EXPECT_EQ(u32At(device, acquisitionStart), 0u);
+  // Writing zero is not an execution and schedules nothing.
+  ASSERT_EQ(device.write(acquisitionStart, {0, 0, 0, 0}).status, kStatusSuccess);
+  EXPECT_EQ(device.nextTimerUs(), UINT64_MAX);
+  // A delay of zero clears at once.
+  device.setCommandDelayMs(0);
+  device.write(acquisitionStart, {0, 0, 0, 1});
+  EXPECT_EQ(u32At(device, acquisitionStart), 0u);
+}
+
+TEST(SimDevice, ConfigurationSaveStoresRegistersForTheNextPowerUp) {
+  Device device(simtest::areaProfile());
+  const uint64_t width = 0x40108;
+  const uint64_t save = 0x40510;
+  device.write(width, {0, 0, 4, 0});  // 1024
+  const auto outcome = device.write(save, {0, 0, 0, 1});
+  EXPECT_EQ(outcome.status, kStatusSuccess);
+  EXPECT_EQ(outcome.processingMs, 800u);
+  EXPECT_EQ(device.saveCount(), 1u);
+  device.write(width, {0, 0, 2, 0});  // 512, not saved
+  device.advanceTo(1'000'000);
+  EXPECT_EQ(u32At(device, save), 0u);
+  device.powerCycle();
+  EXPECT_EQ(u32At(device, width), 1024u);
+  EXPECT_EQ(u32At(device, save), 0u);
+  EXPECT_EQ(device.baudRate(), kBaud9600);
+}
