@@ -1,0 +1,63 @@
+#include "Connection.h"
+
+#include <vq/gencp/Constants.h>
+
+namespace vq::gencpdrv {
+
+namespace {
+
+struct Registry {
+  std::mutex mutex;
+  std::map<CLUINT32, std::shared_ptr<Connection>> connections;
+  CLUINT32 nextCookie = 1;
+};
+
+Registry& registry() {
+  static Registry instance;
+  return instance;
+}
+
+}  // namespace
+
+uint32_t bitsPerSecond(uint32_t baudBit) {
+  const uint32_t rate = vq::gencp::baudBitToRate(baudBit);
+  return rate != 0 ? rate : 9600;
+}
+
+Channel Connection::channel(ISerial* serial) {
+  return Channel(serial, bitsPerSecond(baudBit), [this](const vq::gencp::Packet& event) {
+    if (events.size() >= kMaxQueuedEvents) events.pop_front();
+    events.push_back(vq::gencp::encode(event));
+  });
+}
+
+CLUINT32 ConnectionRegistry::add(std::shared_ptr<Connection> connection) {
+  Registry& r = registry();
+  std::lock_guard<std::mutex> lock(r.mutex);
+  CLUINT32 cookie = r.nextCookie;
+  while (cookie == 0 || r.connections.count(cookie) != 0) ++cookie;  // never 0, never in use
+  r.nextCookie = cookie + 1;
+  r.connections[cookie] = std::move(connection);
+  return cookie;
+}
+
+std::shared_ptr<Connection> ConnectionRegistry::find(CLUINT32 cookie) {
+  Registry& r = registry();
+  std::lock_guard<std::mutex> lock(r.mutex);
+  const auto it = r.connections.find(cookie);
+  return it == r.connections.end() ? nullptr : it->second;
+}
+
+bool ConnectionRegistry::remove(CLUINT32 cookie) {
+  Registry& r = registry();
+  std::lock_guard<std::mutex> lock(r.mutex);
+  return r.connections.erase(cookie) != 0;
+}
+
+void ConnectionRegistry::clear() {
+  Registry& r = registry();
+  std::lock_guard<std::mutex> lock(r.mutex);
+  r.connections.clear();
+}
+
+}  // namespace vq::gencpdrv

@@ -1,0 +1,86 @@
+// A serial adapter over a real (termios) serial device, as a client of CCLPort would write one.
+#pragma once
+
+#include <CLProtocol/ISerialAdapter.h>
+#include <GenICam.h>
+
+#include <functional>
+#include <string>
+
+#include "vq/platform/serial_port.h"
+
+namespace clprotocol_test {
+
+class TermiosAdapter : public CLProtocol::ISerialAdapter {
+ public:
+  explicit TermiosAdapter(std::string devicePath) : path_(std::move(devicePath)) {}
+
+  CLINT32 SerialInit() override {
+    ++inits;
+    if (port_.IsOpen()) return CL_ERR_NO_ERR;
+    return port_.Open(path_) ? CL_ERR_NO_ERR : CL_ERR_UNABLE_TO_OPEN_PORT;
+  }
+  void SerialClose() override {
+    ++closes;
+    port_.Close();
+  }
+  void CheckError(CLINT32 code) override {
+    if (code < 0) throw RUNTIME_EXCEPTION("serial error (Code: %d)", code);
+  }
+
+  CLINT32 CLPROTOCOL clSerialRead(CLINT8* buffer, CLUINT32* bufferSize, CLUINT32 timeout) override {
+    if (buffer == nullptr || bufferSize == nullptr) return CL_ERR_INVALID_PTR;
+    const int64_t got = port_.Read(buffer, *bufferSize, timeout);
+    if (got < 0) return CL_ERR_INVALID_REFERENCE;
+    if (got == 0) return CL_ERR_TIMEOUT;
+    *bufferSize = static_cast<CLUINT32>(got);
+    return CL_ERR_NO_ERR;
+  }
+  CLINT32 CLPROTOCOL clSerialWrite(CLINT8* buffer, CLUINT32* bufferSize, CLUINT32 timeout) override {
+    if (buffer == nullptr || bufferSize == nullptr) return CL_ERR_INVALID_PTR;
+    return port_.Write(buffer, *bufferSize, timeout) ? CL_ERR_NO_ERR : CL_ERR_TIMEOUT;
+  }
+  CLINT32 CLPROTOCOL clGetSupportedBaudRates(CLUINT32* baudRates) override {
+    if (baudRates == nullptr) return CL_ERR_INVALID_PTR;
+    *baudRates = 0;
+    for (CLUINT32 bit = 1; bit <= CL_BAUDRATE_921600; bit <<= 1) {
+      if (vq::platform::SerialPort::IsSupportedBaudRate(RateOf(bit))) *baudRates |= bit;
+    }
+    return CL_ERR_NO_ERR;
+  }
+  CLINT32 CLPROTOCOL clSetBaudRate(CLUINT32 baudRate) override {
+    const uint32_t rate = RateOf(baudRate);
+    if (rate == 0 || !port_.SetBaudRate(rate)) return CL_ERR_BAUD_RATE_NOT_SUPPORTED;
+    lastRate = baudRate;
+    if (baudRate > highestRate) highestRate = baudRate;
+    if (onBaudChange) onBaudChange(baudRate);
+    return CL_ERR_NO_ERR;
+  }
+
+  static uint32_t RateOf(CLUINT32 bit) {
+    switch (bit) {
+      case CL_BAUDRATE_9600: return 9600;
+      case CL_BAUDRATE_19200: return 19200;
+      case CL_BAUDRATE_38400: return 38400;
+      case CL_BAUDRATE_57600: return 57600;
+      case CL_BAUDRATE_115200: return 115200;
+      case CL_BAUDRATE_230400: return 230400;
+      case CL_BAUDRATE_460800: return 460800;
+      case CL_BAUDRATE_921600: return 921600;
+      default: return 0;
+    }
+  }
+
+  // Told about every rate change (a link whose far end cannot see the local termios rate).
+  std::function<void(CLUINT32)> onBaudChange;
+  int inits = 0;
+  int closes = 0;
+  CLUINT32 lastRate = 0;
+  CLUINT32 highestRate = 0;
+
+ private:
+  std::string path_;
+  vq::platform::SerialPort port_;
+};
+
+}  // namespace clprotocol_test
