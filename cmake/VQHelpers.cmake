@@ -26,5 +26,5 @@ function(vq_add_gtest name)
     VQ_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
     VQ_BINARY_DIR="${PROJECT_BINARY_DIR}"
     VQ_GENICAM_XML_DIR="${VQ_GENICAM_XML_DIR}")
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+  gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 endfunction()

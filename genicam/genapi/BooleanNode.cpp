@@ -1,0 +1,95 @@
+// Boolean node.
+#include "BooleanNode.h"
+
+#include "NodeMap.h"
+
+namespace GenApi {
+namespace impl {
+
+bool BooleanNode::ParseSpecific(const XmlElem& e) {
+  if (source_.Parse(e, name_)) return true;
+  if (e.name == "OnValue") on_ = ParseInt(name_, e);
+  else if (e.name == "OffValue") off_ = ParseInt(name_, e);
+  else return false;
+  return true;
+}
+
+void BooleanNode::CollectLinks(LinkSink& sink) {
+  NodeImpl::CollectLinks(sink);
+  source_.CollectLinks(this, sink);
+}
+
+void BooleanNode::FinishLoad() {
+  if (!source_.hasValue) return;
+  const std::string& t = source_.valueText;
+  if (t == "true" || t == "True" || t == "Yes") value_ = on_;
+  else if (t == "false" || t == "False" || t == "No") value_ = off_;
+  else value_ = ParseInt(name_, XmlElem{"Value", t, {}}) != 0 ? on_ : off_;
+}
+
+bool BooleanNode::ReadBool(bool verify, bool ignoreCache) {
+  const std::string* constant = nullptr;
+  NodeImpl* n = source_.Current(this, ignoreCache, &constant);
+  const int64_t raw = n ? ReadInt(this, n, ignoreCache) : value_;
+  if (raw == on_) return true;
+  if (verify && raw != off_)
+    throw OUT_OF_RANGE_EXCEPTION_NODE(name_.c_str(), "GetValue")(
+        "Node '%s' : value %lld is neither OnValue nor OffValue", name_.c_str(),
+        static_cast<long long>(raw));
+  return false;
+}
+
+int64_t BooleanNode::GetInt(bool verify, bool ignoreCache) {
+  return ReadBool(verify, ignoreCache) ? 1 : 0;
+}
+
+void BooleanNode::SetInt(int64_t value, bool verify) {
+  const int64_t raw = value != 0 ? on_ : off_;
+  const std::string* constant = nullptr;
+  NodeImpl* n = source_.Current(this, false, &constant);
+  if (!n) {
+    value_ = raw;
+    return;
+  }
+  CallGuard guard(this);
+  map_->NoteWritten(n);
+  n->SetInt(raw, verify);
+}
+
+EAccessMode BooleanNode::NaturalAccessMode() const {
+  return const_cast<ValueSource&>(source_).Mode(this);
+}
+
+void BooleanNode::SetValue(bool value, bool verify) {
+  map_->RunWrite(this, [&] {
+    if (verify) CheckWritable("SetValue");
+    SetInt(value ? 1 : 0, verify);
+    if (verify) CheckError("SetValue");
+  });
+}
+
+bool BooleanNode::GetValue(bool verify, bool ignoreCache) const {
+  AutoLock guard(map_->GetLock());
+  CheckReadable("GetValue");
+  return const_cast<BooleanNode*>(this)->ReadBool(verify, ignoreCache || verify);
+}
+
+GenICam::gcstring BooleanNode::ToString(bool verify, bool ignoreCache) {
+  return GetValue(verify, ignoreCache) ? "true" : "false";
+}
+
+void BooleanNode::FromString(const GenICam::gcstring& valueStr, bool verify) {
+  const std::string s(valueStr.c_str());
+  if (s == "true" || s == "True" || s == "TRUE" || s == "1") SetValue(true, verify);
+  else if (s == "false" || s == "False" || s == "FALSE" || s == "0") SetValue(false, verify);
+  else
+    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_.c_str(), "FromString")(
+        "Node '%s' : cannot convert string '%s' to bool.", name_.c_str(), valueStr.c_str());
+}
+
+bool BooleanNode::IsValueCacheValid() const {
+  return ChildrenCacheValid();
+}
+
+}  // namespace impl
+}  // namespace GenApi

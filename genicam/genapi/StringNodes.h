@@ -1,0 +1,62 @@
+// String, StringReg and the shared IString behaviour.
+#pragma once
+
+#include "Node.h"
+#include "RegisterMixin.h"
+#include "ValueSource.h"
+
+namespace GenApi {
+namespace impl {
+
+class StringBase : public NodeImpl, public virtual IString {
+ public:
+  StringBase(NodeMap* map, const std::string& name, const char* typeName)
+      : NodeImpl(map, name, typeName) {}
+
+  INode* GetNode() override { return this; }
+  GenICam::gcstring ToString(bool Verify = false, bool IgnoreCache = false) override;
+  void FromString(const GenICam::gcstring& ValueStr, bool Verify = true) override;
+  bool IsValueCacheValid() const override;
+  void SetValue(const GenICam::gcstring& Value, bool Verify = true) override;
+  GenICam::gcstring GetValue(bool Verify = false, bool IgnoreCache = false) override;
+  int64_t GetMaxLength() override;
+  EInterfaceType GetPrincipalInterfaceType() const override { return intfIString; }
+
+  virtual int64_t MaxLength() = 0;
+};
+
+class StringNode : public StringBase {
+ public:
+  StringNode(NodeMap* map, const std::string& name) : StringBase(map, name, "String") {}
+
+  bool ParseSpecific(const XmlElem& e) override;
+  void CollectLinks(LinkSink& sink) override;
+  std::string GetStr(bool verify, bool ignoreCache) override;
+  void SetStr(const std::string& value, bool verify) override;
+  int64_t MaxLength() override;
+  EAccessMode NaturalAccessMode() const override;
+
+ private:
+  ValueSource source_;
+};
+
+class StringRegNode : public StringBase, public RegisterMixin {
+ public:
+  StringRegNode(NodeMap* map, const std::string& name) : StringBase(map, name, "StringReg") {}
+
+  bool ParseSpecific(const XmlElem& e) override;
+  void CollectLinks(LinkSink& sink) override;
+  std::string GetStr(bool verify, bool ignoreCache) override;
+  void SetStr(const std::string& value, bool verify) override;
+  int64_t MaxLength() override { return core_.Length(this, false); }
+  EAccessMode NaturalAccessMode() const override { return core_.Mode(); }
+  ECachingMode OwnCachingMode() const override { return core_.cachable; }
+  void ClearValueCache() override { core_.Clear(); }
+  bool IsValueCacheValid() const override;
+
+ protected:
+  NodeImpl& Self() override { return *this; }
+};
+
+}  // namespace impl
+}  // namespace GenApi

@@ -1,0 +1,29 @@
+// Everything a GenApi user needs.
+#pragma once
+
+#include <GenICam.h>
+#include <GenApi/Container.h>
+#include <GenApi/GenApiDll.h>
+#include <GenApi/IBase.h>
+#include <GenApi/IBoolean.h>
+#include <GenApi/ICategory.h>
+#include <GenApi/ICommand.h>
+#include <GenApi/IDestroy.h>
+#include <GenApi/IDeviceInfo.h>
+#include <GenApi/IEnumEntry.h>
+#include <GenApi/IEnumeration.h>
+#include <GenApi/IFloat.h>
+#include <GenApi/IInteger.h>
+#include <GenApi/INode.h>
+#include <GenApi/INodeMap.h>
+#include <GenApi/INodeMapDyn.h>
+#include <GenApi/IPort.h>
+#include <GenApi/IRegister.h>
+#include <GenApi/ISelector.h>
+#include <GenApi/IString.h>
+#include <GenApi/IValue.h>
+#include <GenApi/NodeCallback.h>
+#include <GenApi/NodeMapRef.h>
+#include <GenApi/Pointer.h>
+#include <GenApi/Synch.h>
+#include <GenApi/Types.h>

@@ -1,0 +1,20 @@
+// Boolean features.
+#pragma once
+
+#include <GenApi/IValue.h>
+
+namespace GenApi {
+
+struct GENAPI_DECL IBoolean : virtual public IValue {
+  virtual void SetValue(bool Value, bool Verify = true) = 0;
+  virtual bool GetValue(bool Verify = false, bool IgnoreCache = false) const = 0;
+
+  IBoolean& operator=(bool Value) {
+    SetValue(Value);
+    return *this;
+  }
+  bool operator()() const { return GetValue(); }
+  ~IBoolean() override;
+};
+
+}  // namespace GenApi

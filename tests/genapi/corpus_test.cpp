@@ -1,0 +1,146 @@
+// Every real camera description loads, and every feature's access mode and
+// readable value can be obtained against a zero-filled register image.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "TestPort.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace GenApi;
+
+std::vector<std::string> CorpusFiles() {
+  std::vector<std::string> files;
+  std::error_code ec;
+  for (const auto& e : fs::directory_iterator(VQ_GENICAM_XML_DIR, ec))
+    if (e.path().extension() == ".xml") files.push_back(e.path().string());
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+struct WalkStats {
+  size_t nodes = 0, readable = 0, values = 0, genicamErrors = 0;
+  std::map<std::string, size_t> errorTypes;
+};
+
+// Reads everything a client can ask of one node; only GenICam exceptions may escape a call.
+void Visit(INode* node, WalkStats& stats) {
+  ++stats.nodes;
+  auto guarded = [&](auto&& call) {
+    try {
+      call();
+    } catch (const GenICam::GenericException& e) {
+      ++stats.genicamErrors;
+      ++stats.errorTypes[e.GetExceptionType()];
+      if (std::getenv("VQ_GENAPI_VERBOSE")) std::printf("  %s\n", e.what());
+    }
+  };
+  EAccessMode mode = NI;
+  guarded([&] { mode = node->GetAccessMode(); });
+  guarded([&] {
+    (void)node->GetDisplayName();
+    (void)node->GetVisibility();
+    (void)node->GetCachingMode();
+    (void)node->IsAccessModeCacheable();
+    NodeList_t list;
+    for (int t = ctParentNodes; t <= ctTerminalNodes; ++t)
+      node->GetChildren(list, static_cast<ELinkType>(t));
+    GenICam::gcstring_vector names;
+    node->GetPropertyNames(names);
+    GenICam::gcstring value, attribute;
+    for (size_t i = 0; i < names.size(); ++i) node->GetProperty(names[i], value, attribute);
+  });
+  if (auto* category = dynamic_cast<ICategory*>(node)) {
+    FeatureList_t features;
+    guarded([&] { category->GetFeatures(features); });
+  }
+  if (auto* reg = dynamic_cast<IRegister*>(node)) {
+    guarded([&] { (void)reg->GetAddress(); });
+  }
+  if (!IsReadable(mode)) return;
+  ++stats.readable;
+  if (auto* value = dynamic_cast<IValue*>(node)) {
+    guarded([&] {
+      (void)value->ToString();
+      ++stats.values;
+    });
+    guarded([&] { (void)value->ToString(true, true); });
+  }
+  if (auto* i = dynamic_cast<IInteger*>(node)) {
+    guarded([&] { (void)i->GetMin(); });
+    guarded([&] { (void)i->GetMax(); });
+    guarded([&] { (void)i->GetInc(); });
+    guarded([&] { (void)i->GetRepresentation(); });
+  }
+  if (auto* f = dynamic_cast<IFloat*>(node)) {
+    guarded([&] { (void)f->GetMin(); });
+    guarded([&] { (void)f->GetMax(); });
+    guarded([&] { (void)f->GetUnit(); });
+  }
+  if (auto* e = dynamic_cast<IEnumeration*>(node)) {
+    guarded([&] {
+      GenICam::gcstring_vector symbolics;
+      e->GetSymbolics(symbolics);
+      NodeList_t entries;
+      e->GetEntries(entries);
+      (void)e->GetCurrentEntry();
+    });
+  }
+  if (auto* c = dynamic_cast<ICommand*>(node)) guarded([&] { (void)c->IsDone(false); });
+  if (auto* s = dynamic_cast<IString*>(node)) guarded([&] { (void)s->GetMaxLength(); });
+}
+
+class Corpus : public ::testing::TestWithParam<std::string> {};
+
+TEST_P(Corpus, LoadsAndEveryFeatureReadsWithoutCrash) {
+  CNodeMapRef ref;
+  ASSERT_NO_THROW(ref._LoadXMLFromFile(GetParam().c_str())) << GetParam();
+  genapi_test::MemoryPort port;
+  NodeList_t nodes;
+  ref._GetNodes(nodes);
+  ASSERT_GT(nodes.size(), 0u);
+  size_t ports = 0;
+  for (INode* n : nodes)
+    if (dynamic_cast<IPort*>(n)) ports += ref._Connect(&port, n->GetName()) ? 1 : 0;
+  EXPECT_GT(ports, 0u);
+  CDeviceInfoPtr info(ref._Ptr);
+  ASSERT_TRUE(info.IsValid());
+  EXPECT_FALSE(std::string(info->GetModelName().c_str()).empty());
+
+  WalkStats first, second;
+  for (INode* n : nodes) Visit(n, first);
+  for (INode* n : nodes) Visit(n, second);  // the second walk runs on caches
+  EXPECT_EQ(first.readable, second.readable);
+  EXPECT_GT(first.values, 0u);
+  std::string summary;
+  for (const auto& kv : first.errorTypes) summary += kv.first + "=" + std::to_string(kv.second) + " ";
+  std::printf("%s: %zu nodes, %zu readable, %zu values, GenICam errors: %s\n",
+              fs::path(GetParam()).filename().c_str(), first.nodes, first.readable, first.values,
+              summary.c_str());
+  ASSERT_NO_THROW(ref._InvalidateNodes());
+}
+
+std::string FileName(const ::testing::TestParamInfo<std::string>& info) {
+  std::string name = fs::path(info.param).stem().string();
+  std::replace_if(name.begin(), name.end(), [](char c) { return !std::isalnum(c); }, '_');
+  return name;
+}
+
+const std::vector<std::string> kFiles = CorpusFiles();
+
+INSTANTIATE_TEST_SUITE_P(RealDescriptions, Corpus, ::testing::ValuesIn(kFiles), FileName);
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(Corpus);
+
+TEST(CorpusPresence, FolderIsThere) {
+  if (kFiles.empty()) GTEST_SKIP() << "no descriptions in " << VQ_GENICAM_XML_DIR;
+  EXPECT_GE(kFiles.size(), 1u);
+}
+
+}  // namespace

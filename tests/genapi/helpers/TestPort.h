@@ -1,0 +1,52 @@
+// Test doubles: a port backed by sparse memory (zero where never written)
+// that counts its traffic, and helpers to load inline descriptions.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <GenApi/GenApi.h>
+
+namespace genapi_test {
+
+class MemoryPort : public GenApi::IPort {
+ public:
+  GenApi::EAccessMode GetAccessMode() const override { return mode; }
+  void Read(void* buffer, int64_t address, int64_t length) override;
+  void Write(const void* buffer, int64_t address, int64_t length) override;
+
+  // Device-side access that bypasses the node map (an "external change").
+  void Poke(int64_t address, const std::vector<uint8_t>& bytes);
+  void PokeLE32(int64_t address, uint32_t value);
+  void PokeBE32(int64_t address, uint32_t value);
+  std::vector<uint8_t> Peek(int64_t address, size_t length) const;
+  uint32_t PeekLE32(int64_t address) const;
+
+  GenApi::EAccessMode mode = GenApi::RW;
+  int reads = 0;
+  int writes = 0;
+  bool failWrites = false;
+
+ private:
+  std::map<int64_t, uint8_t> memory_;
+};
+
+// Wraps an inline node list in a RegisterDescription with a "Device" port.
+std::string Describe(const std::string& nodes, bool schema10 = false);
+
+// A loaded node map connected to a memory port.
+struct Loaded {
+  explicit Loaded(const std::string& nodes, bool schema10 = false);
+  GenApi::INode* Node(const char* name) const;
+  template <class T>
+  T* As(const char* name) const {
+    return dynamic_cast<T*>(Node(name));
+  }
+  GenApi::CNodeMapRef ref;
+  MemoryPort port;
+};
+
+}  // namespace genapi_test

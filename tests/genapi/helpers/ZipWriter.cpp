@@ -1,0 +1,89 @@
+#include "ZipWriter.h"
+
+#include <zlib.h>
+
+#include <stdexcept>
+
+namespace genapi_test {
+
+namespace {
+void Put16(std::vector<uint8_t>& out, uint32_t v) {
+  out.push_back(uint8_t(v));
+  out.push_back(uint8_t(v >> 8));
+}
+void Put32(std::vector<uint8_t>& out, uint32_t v) {
+  Put16(out, v & 0xffff);
+  Put16(out, v >> 16);
+}
+
+std::string RawDeflate(const std::string& in) {
+  z_stream z{};
+  if (deflateInit2(&z, Z_BEST_COMPRESSION, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK)
+    throw std::runtime_error("deflateInit2");
+  std::string out(deflateBound(&z, in.size()), '\0');
+  z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(in.data()));
+  z.avail_in = static_cast<uInt>(in.size());
+  z.next_out = reinterpret_cast<Bytef*>(&out[0]);
+  z.avail_out = static_cast<uInt>(out.size());
+  if (deflate(&z, Z_FINISH) != Z_STREAM_END) throw std::runtime_error("deflate");
+  out.resize(z.total_out);
+  deflateEnd(&z);
+  return out;
+}
+}  // namespace
+
+std::vector<uint8_t> MakeZip(const std::string& fileName, const std::string& content,
+                             bool deflate) {
+  const uint32_t crc = static_cast<uint32_t>(
+      crc32(0, reinterpret_cast<const Bytef*>(content.data()), static_cast<uInt>(content.size())));
+  const std::string body = deflate ? RawDeflate(content) : content;
+  const uint16_t method = deflate ? 8 : 0;
+  std::vector<uint8_t> zip;
+  // Local file header.
+  Put32(zip, 0x04034b50);
+  Put16(zip, 20);
+  Put16(zip, 0);
+  Put16(zip, method);
+  Put16(zip, 0);
+  Put16(zip, 0x21);
+  Put32(zip, crc);
+  Put32(zip, uint32_t(body.size()));
+  Put32(zip, uint32_t(content.size()));
+  Put16(zip, uint16_t(fileName.size()));
+  Put16(zip, 0);
+  zip.insert(zip.end(), fileName.begin(), fileName.end());
+  zip.insert(zip.end(), body.begin(), body.end());
+  // Central directory.
+  const uint32_t central = uint32_t(zip.size());
+  Put32(zip, 0x02014b50);
+  Put16(zip, 20);
+  Put16(zip, 20);
+  Put16(zip, 0);
+  Put16(zip, method);
+  Put16(zip, 0);
+  Put16(zip, 0x21);
+  Put32(zip, crc);
+  Put32(zip, uint32_t(body.size()));
+  Put32(zip, uint32_t(content.size()));
+  Put16(zip, uint16_t(fileName.size()));
+  Put16(zip, 0);
+  Put16(zip, 0);
+  Put16(zip, 0);
+  Put16(zip, 0);
+  Put32(zip, 0);
+  Put32(zip, 0);
+  zip.insert(zip.end(), fileName.begin(), fileName.end());
+  const uint32_t centralSize = uint32_t(zip.size()) - central;
+  // End of central directory.
+  Put32(zip, 0x06054b50);
+  Put16(zip, 0);
+  Put16(zip, 0);
+  Put16(zip, 1);
+  Put16(zip, 1);
+  Put32(zip, centralSize);
+  Put32(zip, central);
+  Put16(zip, 0);
+  return zip;
+}
+
+}  // namespace genapi_test
