@@ -45,15 +45,7 @@ int64_t BooleanNode::GetInt(bool verify, bool ignoreCache) {
 
 void BooleanNode::SetInt(int64_t value, bool verify) {
   const int64_t raw = value != 0 ? on_ : off_;
-  const std::string* constant = nullptr;
-  NodeImpl* n = source_.Current(this, false, &constant);
-  if (!n) {
-    value_ = raw;
-    return;
-  }
-  CallGuard guard(this);
-  map_->NoteWritten(n);
-  n->SetInt(raw, verify);
+  if (!source_.WriteInt(this, raw, verify)) value_ = raw;
 }
 
 EAccessMode BooleanNode::NaturalAccessMode() const {

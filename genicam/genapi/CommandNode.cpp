@@ -54,15 +54,7 @@ int64_t CommandNode::GetInt(bool, bool ignoreCache) {
 }
 
 void CommandNode::SetInt(int64_t value, bool verify) {
-  const std::string* constant = nullptr;
-  NodeImpl* n = source_.Current(this, false, &constant);
-  if (!n) {
-    value_ = value;
-    return;
-  }
-  CallGuard guard(this);
-  map_->NoteWritten(n);
-  n->SetInt(value, verify);
+  if (!source_.WriteInt(this, value, verify)) value_ = value;
 }
 
 void CommandNode::Execute(bool verify) {

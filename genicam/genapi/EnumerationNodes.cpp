@@ -115,15 +115,7 @@ void EnumerationNode::SetInt(int64_t value, bool verify) {
         "Feature '%s' : no entry with the value %lld", name_.c_str(),
         static_cast<long long>(value));
   if (verify) CheckEntryWritable(entry, "SetIntValue");
-  const std::string* constant = nullptr;
-  NodeImpl* n = source_.Current(this, false, &constant);
-  if (!n) {
-    value_ = value;
-    return;
-  }
-  CallGuard guard(this);
-  map_->NoteWritten(n);
-  n->SetInt(value, verify);
+  if (!source_.WriteInt(this, value, verify)) value_ = value;
 }
 
 double EnumerationNode::GetFloat(bool verify, bool ignoreCache) {

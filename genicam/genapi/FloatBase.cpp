@@ -43,24 +43,9 @@ void FloatBase::CheckRange(double value, const char* method) {
         "Value %f must be smaller than or equal %f.", value, max);
 }
 
-void FloatBase::SetValue(double value, bool verify) {
-  map_->RunWrite(this, [&] {
-    if (verify) {
-      CheckWritable("SetValue");
-      CheckRange(value, "SetValue");
-    }
-    SetFloat(value, verify);
-    if (verify) CheckError("SetValue");
-  });
-}
+void FloatBase::SetValue(double value, bool verify) { CheckedSet(value, verify); }
 
-double FloatBase::GetValue(bool verify, bool ignoreCache) {
-  AutoLock guard(map_->GetLock());
-  CheckReadable("GetValue");
-  const double value = GetFloat(verify, ignoreCache || verify);
-  if (verify) CheckRange(value, "GetValue");
-  return value;
-}
+double FloatBase::GetValue(bool verify, bool ignoreCache) { return CheckedGet(verify, ignoreCache); }
 
 double FloatBase::GetMin() {
   AutoLock guard(map_->GetLock());

@@ -3,15 +3,15 @@
 
 #include <cfloat>
 
-#include "Node.h"
+#include "NumberBase.h"
 
 namespace GenApi {
 namespace impl {
 
-class FloatBase : public NodeImpl, public virtual IFloat {
+class FloatBase : public NumberBase<double>, public virtual IFloat {
  public:
   FloatBase(NodeMap* map, const std::string& name, const char* typeName)
-      : NodeImpl(map, name, typeName) {}
+      : NumberBase(map, name, typeName) {}
 
   bool ParseSpecific(const XmlElem& e) override;
 
@@ -53,7 +53,7 @@ class FloatBase : public NodeImpl, public virtual IFloat {
   virtual ERepresentation DefaultRepresentation() { return PureNumber; }
   // Float increment, if the node has one.
   virtual bool FloatInc(double& inc);
-  void CheckRange(double value, const char* method);
+  void CheckRange(double value, const char* method) override;
 
   ERepresentation representation_ = _UndefinedRepresentation;
   std::string unit_;

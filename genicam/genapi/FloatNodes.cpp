@@ -161,10 +161,5 @@ void FloatRegNode::SetFloat(double value, bool) {
   core_.Write(this, bytes);
 }
 
-bool FloatRegNode::IsValueCacheValid() const {
-  AutoLock guard(map_->GetLock());
-  return const_cast<RegisterCore&>(core_).CacheValid(this);
-}
-
 }  // namespace impl
 }  // namespace GenApi

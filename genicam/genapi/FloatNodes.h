@@ -34,9 +34,9 @@ class FloatNode : public FloatBase {
   Ref pMin_, pMax_, pInc_;
 };
 
-class FloatRegNode : public FloatBase, public RegisterMixin {
+class FloatRegNode : public RegisterBacked<FloatBase> {
  public:
-  FloatRegNode(NodeMap* map, const std::string& name) : FloatBase(map, name, "FloatReg") {
+  FloatRegNode(NodeMap* map, const std::string& name) : RegisterBacked(map, name, "FloatReg") {
     core_.cachable = WriteAround;
   }
 
@@ -44,13 +44,6 @@ class FloatRegNode : public FloatBase, public RegisterMixin {
   void CollectLinks(LinkSink& sink) override;
   double GetFloat(bool verify, bool ignoreCache) override;
   void SetFloat(double value, bool verify) override;
-  EAccessMode NaturalAccessMode() const override { return core_.Mode(); }
-  ECachingMode OwnCachingMode() const override { return core_.cachable; }
-  void ClearValueCache() override { core_.Clear(); }
-  bool IsValueCacheValid() const override;
-
- protected:
-  NodeImpl& Self() override { return *this; }
 
  private:
   size_t CheckedLength();

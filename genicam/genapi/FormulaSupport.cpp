@@ -130,36 +130,46 @@ void FormulaProgram::Compile(const NodeImpl* owner, const char* element, const s
 
 bool FormulaProgram::Compiled() const { return formula_.has_value(); }
 
-int64_t FormulaProgram::EvaluateInt(const NodeImpl* owner, const FormulaVariables& vars,
-                                    bool ignoreCache, double extra) const {
-  if (!formula_)
+namespace {
+
+// Runs a compiled formula against the node's variables; a missing formula and evaluation errors
+// become GenICam exceptions naming the node and the element.
+template <typename Evaluate>
+auto RunProgram(const std::optional<formula::Formula>& program, const char* element,
+                const NodeImpl* owner, const FormulaVariables& vars, bool ignoreCache, double extra,
+                Evaluate&& evaluate) {
+  if (!program)
     throw LOGICAL_ERROR_EXCEPTION_NODE(owner->Name().c_str(), "GetValue")(
-        "Node '%s' : element '%s' is missing", owner->Name().c_str(), element_);
+        "Node '%s' : element '%s' is missing", owner->Name().c_str(), element);
   NodeVariableSource source(owner, vars, ignoreCache, extra);
   try {
-    return formula_->GetArithmetic() == formula::Arithmetic::Integer
-               ? formula_->EvaluateInteger(source)
-               : static_cast<int64_t>(formula_->EvaluateFloat(source));
+    return evaluate(*program, source);
   } catch (const formula::FormulaError& e) {
     throw LOGICAL_ERROR_EXCEPTION_NODE(owner->Name().c_str(), "GetValue")(
-        "Node '%s' : element '%s': %s", owner->Name().c_str(), element_, e.what());
+        "Node '%s' : element '%s': %s", owner->Name().c_str(), element, e.what());
   }
+}
+
+}  // namespace
+
+int64_t FormulaProgram::EvaluateInt(const NodeImpl* owner, const FormulaVariables& vars,
+                                    bool ignoreCache, double extra) const {
+  return RunProgram(formula_, element_, owner, vars, ignoreCache, extra,
+                    [](const formula::Formula& program, formula::IVariableSource& source) {
+                      return program.GetArithmetic() == formula::Arithmetic::Integer
+                                 ? program.EvaluateInteger(source)
+                                 : static_cast<int64_t>(program.EvaluateFloat(source));
+                    });
 }
 
 double FormulaProgram::EvaluateFloat(const NodeImpl* owner, const FormulaVariables& vars,
                                      bool ignoreCache, double extra) const {
-  if (!formula_)
-    throw LOGICAL_ERROR_EXCEPTION_NODE(owner->Name().c_str(), "GetValue")(
-        "Node '%s' : element '%s' is missing", owner->Name().c_str(), element_);
-  NodeVariableSource source(owner, vars, ignoreCache, extra);
-  try {
-    return formula_->GetArithmetic() == formula::Arithmetic::Float
-               ? formula_->EvaluateFloat(source)
-               : static_cast<double>(formula_->EvaluateInteger(source));
-  } catch (const formula::FormulaError& e) {
-    throw LOGICAL_ERROR_EXCEPTION_NODE(owner->Name().c_str(), "GetValue")(
-        "Node '%s' : element '%s': %s", owner->Name().c_str(), element_, e.what());
-  }
+  return RunProgram(formula_, element_, owner, vars, ignoreCache, extra,
+                    [](const formula::Formula& program, formula::IVariableSource& source) {
+                      return program.GetArithmetic() == formula::Arithmetic::Float
+                                 ? program.EvaluateFloat(source)
+                                 : static_cast<double>(program.EvaluateInteger(source));
+                    });
 }
 
 #else  // no formula engine in this build

@@ -63,11 +63,6 @@ void IntRegNode::SetInt(int64_t value, bool) {
 int64_t IntRegNode::IntMin() { return RangeMin(unsigned(8 * CheckedLength()), signed_); }
 int64_t IntRegNode::IntMax() { return RangeMax(unsigned(8 * CheckedLength()), signed_); }
 
-bool IntRegNode::IsValueCacheValid() const {
-  AutoLock guard(map_->GetLock());
-  return const_cast<RegisterCore&>(core_).CacheValid(this);
-}
-
 bool MaskedIntRegNode::ParseSpecific(const XmlElem& e) {
   if (e.name == "Bit") {
     lsbText_ = msbText_ = ParseInt(name_, e);

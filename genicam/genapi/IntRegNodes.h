@@ -7,10 +7,10 @@
 namespace GenApi {
 namespace impl {
 
-class IntRegNode : public IntegerBase, public RegisterMixin {
+class IntRegNode : public RegisterBacked<IntegerBase> {
  public:
   IntRegNode(NodeMap* map, const std::string& name, const char* typeName = "IntReg")
-      : IntegerBase(map, name, typeName) {}
+      : RegisterBacked(map, name, typeName) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
@@ -19,13 +19,8 @@ class IntRegNode : public IntegerBase, public RegisterMixin {
   void SetInt(int64_t value, bool verify) override;
   int64_t IntMin() override;
   int64_t IntMax() override;
-  EAccessMode NaturalAccessMode() const override { return core_.Mode(); }
-  ECachingMode OwnCachingMode() const override { return core_.cachable; }
-  void ClearValueCache() override { core_.Clear(); }
-  bool IsValueCacheValid() const override;
 
  protected:
-  NodeImpl& Self() override { return *this; }
   size_t CheckedLength();
   bool signed_ = false;
 };

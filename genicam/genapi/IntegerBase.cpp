@@ -62,24 +62,9 @@ void IntegerBase::CheckRange(int64_t value, const char* method) {
         static_cast<long long>(value), static_cast<long long>(min), static_cast<long long>(inc));
 }
 
-void IntegerBase::SetValue(int64_t value, bool verify) {
-  map_->RunWrite(this, [&] {
-    if (verify) {
-      CheckWritable("SetValue");
-      CheckRange(value, "SetValue");
-    }
-    SetInt(value, verify);
-    if (verify) CheckError("SetValue");
-  });
-}
+void IntegerBase::SetValue(int64_t value, bool verify) { CheckedSet(value, verify); }
 
-int64_t IntegerBase::GetValue(bool verify, bool ignoreCache) {
-  AutoLock guard(map_->GetLock());
-  CheckReadable("GetValue");
-  const int64_t value = GetInt(verify, ignoreCache || verify);
-  if (verify) CheckRange(value, "GetValue");
-  return value;
-}
+int64_t IntegerBase::GetValue(bool verify, bool ignoreCache) { return CheckedGet(verify, ignoreCache); }
 
 int64_t IntegerBase::GetMin() {
   AutoLock guard(map_->GetLock());

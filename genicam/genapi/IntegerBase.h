@@ -2,15 +2,15 @@
 // built on the internal value protocol (GetInt, SetInt, IntMin, ...).
 #pragma once
 
-#include "Node.h"
+#include "NumberBase.h"
 
 namespace GenApi {
 namespace impl {
 
-class IntegerBase : public NodeImpl, public virtual IInteger {
+class IntegerBase : public NumberBase<int64_t>, public virtual IInteger {
  public:
   IntegerBase(NodeMap* map, const std::string& name, const char* typeName)
-      : NodeImpl(map, name, typeName) {}
+      : NumberBase(map, name, typeName) {}
 
   bool ParseSpecific(const XmlElem& e) override;
 
@@ -40,7 +40,7 @@ class IntegerBase : public NodeImpl, public virtual IInteger {
  protected:
   // Representation when the node has no element of its own.
   virtual ERepresentation DefaultRepresentation() { return PureNumber; }
-  void CheckRange(int64_t value, const char* method);
+  void CheckRange(int64_t value, const char* method) override;
   int64_t MinLocked();
   int64_t MaxLocked();
 

@@ -90,11 +90,6 @@ void RegisterNode::FromString(const GenICam::gcstring& valueStr, bool verify) {
   Set(bytes.data(), len, verify);
 }
 
-bool RegisterNode::IsValueCacheValid() const {
-  AutoLock guard(map_->GetLock());
-  return const_cast<RegisterCore&>(core_).CacheValid(this);
-}
-
 // ---- IEEE 1212 keys ----
 
 namespace {

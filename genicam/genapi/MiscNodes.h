@@ -37,26 +37,19 @@ class PlainNode : public NodeImpl, public virtual IValue {
   EInterfaceType GetPrincipalInterfaceType() const override { return intfIValue; }
 };
 
-class RegisterNode : public NodeImpl, public RegisterMixin {
+class RegisterNode : public RegisterBacked<NodeImpl> {
  public:
   RegisterNode(NodeMap* map, const std::string& name, const char* typeName = "Register")
-      : NodeImpl(map, name, typeName) {}
+      : RegisterBacked(map, name, typeName) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
   INode* GetNode() override { return this; }
   GenICam::gcstring ToString(bool Verify = false, bool IgnoreCache = false) override;
   void FromString(const GenICam::gcstring& ValueStr, bool Verify = true) override;
-  bool IsValueCacheValid() const override;
   EInterfaceType GetPrincipalInterfaceType() const override { return intfIRegister; }
-  EAccessMode NaturalAccessMode() const override { return core_.Mode(); }
-  ECachingMode OwnCachingMode() const override { return core_.cachable; }
-  void ClearValueCache() override { core_.Clear(); }
   // Raw image for the IEEE 1212 key nodes.
   std::vector<uint8_t> Image(bool ignoreCache) { return core_.Read(this, ignoreCache); }
-
- protected:
-  NodeImpl& Self() override { return *this; }
 };
 
 // IntKey / TextDesc: a key of the configuration ROM named by p1212Parser.

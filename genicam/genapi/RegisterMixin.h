@@ -21,5 +21,24 @@ class RegisterMixin : public virtual IRegister {
   RegisterCore core_;
 };
 
+// A node of family Base whose value lives in a register: its access mode, caching mode and value
+// cache all come from the register core.
+template <class Base>
+class RegisterBacked : public Base, public RegisterMixin {
+ public:
+  using Base::Base;
+
+  EAccessMode NaturalAccessMode() const override { return core_.Mode(); }
+  ECachingMode OwnCachingMode() const override { return core_.cachable; }
+  void ClearValueCache() override { core_.Clear(); }
+  bool IsValueCacheValid() const override {
+    AutoLock guard(this->Map()->GetLock());
+    return const_cast<RegisterCore&>(core_).CacheValid(this);
+  }
+
+ protected:
+  NodeImpl& Self() override { return *this; }
+};
+
 }  // namespace impl
 }  // namespace GenApi

@@ -101,10 +101,5 @@ void StringRegNode::SetStr(const std::string& value, bool) {
   core_.Write(this, bytes);
 }
 
-bool StringRegNode::IsValueCacheValid() const {
-  AutoLock guard(map_->GetLock());
-  return const_cast<RegisterCore&>(core_).CacheValid(this);
-}
-
 }  // namespace impl
 }  // namespace GenApi

@@ -40,22 +40,15 @@ class StringNode : public StringBase {
   ValueSource source_;
 };
 
-class StringRegNode : public StringBase, public RegisterMixin {
+class StringRegNode : public RegisterBacked<StringBase> {
  public:
-  StringRegNode(NodeMap* map, const std::string& name) : StringBase(map, name, "StringReg") {}
+  StringRegNode(NodeMap* map, const std::string& name) : RegisterBacked(map, name, "StringReg") {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
   std::string GetStr(bool verify, bool ignoreCache) override;
   void SetStr(const std::string& value, bool verify) override;
   int64_t MaxLength() override { return core_.Length(this, false); }
-  EAccessMode NaturalAccessMode() const override { return core_.Mode(); }
-  ECachingMode OwnCachingMode() const override { return core_.cachable; }
-  void ClearValueCache() override { core_.Clear(); }
-  bool IsValueCacheValid() const override;
-
- protected:
-  NodeImpl& Self() override { return *this; }
 };
 
 }  // namespace impl

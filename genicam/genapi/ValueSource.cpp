@@ -45,6 +45,16 @@ void ValueSource::CollectLinks(NodeImpl* owner, LinkSink& sink) {
   sink.Link(owner, pDefault, LinkClass::Writing, "pValueDefault");
 }
 
+bool ValueSource::WriteInt(const NodeImpl* owner, int64_t value, bool verify) {
+  const std::string* constant = nullptr;
+  NodeImpl* n = Current(owner, false, &constant);
+  if (!n) return false;
+  CallGuard guard(owner);
+  owner->Map()->NoteWritten(n);
+  n->SetInt(value, verify);
+  return true;
+}
+
 NodeImpl* ValueSource::Current(const NodeImpl* owner, bool ignoreCache,
                                const std::string** constant) {
   *constant = nullptr;

@@ -27,6 +27,9 @@ class ValueSource {
   // The node that currently provides the value (pValue or the selected indexed
   // pointer), or null when the value is a constant text.
   NodeImpl* Current(const NodeImpl* owner, bool ignoreCache, const std::string** constant);
+  // Writes value to the node Current() names and returns true; returns false, writing nothing,
+  // when the value is a constant text.
+  bool WriteInt(const NodeImpl* owner, int64_t value, bool verify);
   // Access mode of the source.
   EAccessMode Mode(const NodeImpl* owner);
 

@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <sstream>
 
 #include "TextUtil.h"
 
@@ -34,20 +33,14 @@ uint32_t toU32(const std::string& key, const std::string& value) {
 
 std::map<std::string, std::string> parseIni(const std::string& text) {
   std::map<std::string, std::string> entries;
-  std::istringstream in(text);
-  std::string line;
-  int lineNumber = 0;
-  while (std::getline(in, line)) {
-    ++lineNumber;
-    line = trim(stripComment(line));
-    if (line.empty()) continue;
+  forEachContentLine(text, [&](const std::string& line, int lineNumber) {
     const auto eq = line.find('=');
     if (eq == std::string::npos) {
       throw ProfileError("profile.ini line " + std::to_string(lineNumber) +
                          ": expected key = value");
     }
     entries[trim(line.substr(0, eq))] = trim(line.substr(eq + 1));
-  }
+  });
   return entries;
 }
 

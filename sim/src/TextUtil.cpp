@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <limits>
+#include <sstream>
 
 namespace vq::sim {
 
@@ -56,6 +57,18 @@ std::optional<int64_t> parseInteger(const std::string& raw) {
     return std::nullopt;
   }
   return static_cast<int64_t>(value);
+}
+
+void forEachContentLine(const std::string& text,
+                        const std::function<void(const std::string&, int)>& visit) {
+  std::istringstream in(text);
+  std::string line;
+  int lineNumber = 0;
+  while (std::getline(in, line)) {
+    ++lineNumber;
+    line = trim(stripComment(line));
+    if (!line.empty()) visit(line, lineNumber);
+  }
 }
 
 }  // namespace vq::sim

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -12,5 +13,9 @@ std::string trim(const std::string& text);
 std::string stripComment(const std::string& line);
 // Decimal (optionally negative) or 0x-prefixed hexadecimal; nullopt when malformed.
 std::optional<int64_t> parseInteger(const std::string& text);
+// Calls visit(line, lineNumber) for every line of text that is not blank once trimmed and
+// stripped of its comment; line numbers count from 1 over all lines.
+void forEachContentLine(const std::string& text,
+                        const std::function<void(const std::string&, int)>& visit);
 
 }  // namespace vq::sim

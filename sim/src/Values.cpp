@@ -65,13 +65,7 @@ std::vector<uint8_t> encodeValue(const std::string& type, const std::string& tex
 
 std::vector<InitialValue> parseValues(const std::string& text) {
   std::vector<InitialValue> values;
-  std::istringstream in(text);
-  std::string line;
-  int lineNumber = 0;
-  while (std::getline(in, line)) {
-    ++lineNumber;
-    line = trim(stripComment(line));
-    if (line.empty()) continue;
+  forEachContentLine(text, [&](const std::string& line, int lineNumber) {
     std::istringstream fields(line);
     std::string addressText, type;
     fields >> addressText >> type;
@@ -88,7 +82,7 @@ std::vector<InitialValue> parseValues(const std::string& text) {
     }
     value.address = static_cast<uint64_t>(*address);
     values.push_back(std::move(value));
-  }
+  });
   return values;
 }
 

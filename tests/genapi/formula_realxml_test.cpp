@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "../../genicam/genapi/formula/Formula.h"
+#include "ZeroVariables.h"
 
 namespace {
 
@@ -18,8 +19,6 @@ using GenApi::formula::Arithmetic;
 using GenApi::formula::Formula;
 using GenApi::formula::FormulaDeclarations;
 using GenApi::formula::FormulaError;
-using GenApi::formula::IVariableSource;
-using GenApi::formula::VariableRef;
 
 std::string Decode(std::string text) {
   const auto cdata = text.find("<![CDATA[");
@@ -134,12 +133,6 @@ std::vector<Knife> LoadKnives(const std::string& folder) {
   return knives;
 }
 
-class Zeros : public IVariableSource {
- public:
-  int64_t GetInteger(const VariableRef&) override { return 0; }
-  double GetFloat(const VariableRef&) override { return 0.0; }
-};
-
 TEST(FormulaRealDescriptions, EveryShippedFormulaCompilesAndRuns) {
 #ifndef VQ_GENICAM_XML_DIR
   GTEST_SKIP() << "VQ_GENICAM_XML_DIR not defined";
@@ -147,7 +140,7 @@ TEST(FormulaRealDescriptions, EveryShippedFormulaCompilesAndRuns) {
   const std::vector<Knife> knives = LoadKnives(VQ_GENICAM_XML_DIR);
   if (knives.empty()) GTEST_SKIP() << "no descriptions found in " << VQ_GENICAM_XML_DIR;
   EXPECT_GT(knives.size(), 5000U);
-  Zeros zeros;
+  genapi_test::ZeroVariables zeros;
   int failures = 0;
   for (const Knife& knife : knives) {
     try {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "../../genicam/genapi/formula/Formula.h"
+#include "ZeroVariables.h"
 
 namespace {
 
@@ -12,8 +13,6 @@ using GenApi::formula::Arithmetic;
 using GenApi::formula::Formula;
 using GenApi::formula::FormulaDeclarations;
 using GenApi::formula::FormulaError;
-using GenApi::formula::IVariableSource;
-using GenApi::formula::VariableRef;
 
 FormulaDeclarations Declared() {
   FormulaDeclarations declarations;
@@ -131,14 +130,8 @@ TEST(FormulaRejection, LengthIsBounded) {
   EXPECT_NE(CompileError(text, Arithmetic::Integer).find("longer than 65536"), std::string::npos);
 }
 
-class Zeros : public IVariableSource {
- public:
-  int64_t GetInteger(const VariableRef&) override { return 0; }
-  double GetFloat(const VariableRef&) override { return 0.0; }
-};
-
 TEST(FormulaRejection, EvaluationErrorsNameTheOperation) {
-  Zeros zeros;
+  genapi_test::ZeroVariables zeros;
   const auto evalError = [&](const char* text, Arithmetic arithmetic) -> std::string {
     const Formula formula = Formula::Compile(text, Declared(), arithmetic);
     try {
@@ -162,7 +155,7 @@ TEST(FormulaRejection, EvaluationErrorsNameTheOperation) {
 }
 
 TEST(FormulaRejection, MovedFromFormulaFailsCleanly) {
-  Zeros zeros;
+  genapi_test::ZeroVariables zeros;
   Formula formula = Formula::Compile("A", Declared(), Arithmetic::Integer);
   Formula taken = std::move(formula);
   EXPECT_EQ(taken.References().size(), 1U);

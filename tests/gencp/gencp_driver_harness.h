@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "../../genicam/clprotocol/DriverLibrary.h"
 #include "vq/platform/shared_library.h"
 #include "vq/sim/InProcessPort.h"
 #include "vq/sim/Profile.h"
@@ -27,25 +28,10 @@ inline std::string ProfileDir(const char* name) {
 
 using VxComPortFn = CLINT32 (*)(CLINT32, const CLINT8*, CLINT64, void*, CLINT32, const CLINT8*);
 
-// The driver's entry points, resolved by name from the loaded library.
-struct Driver {
+// The driver's entry points (the same table CLProtocol fills), resolved by name from the loaded
+// library, plus the driver's own port hook.
+struct Driver : CLProtocol::DriverFunctions {
   vq::platform::SharedLibrary library;
-  decltype(&clpInitLib) InitLib = nullptr;
-  decltype(&clpCloseLib) CloseLib = nullptr;
-  decltype(&clpGetShortDeviceIDTemplates) GetShortDeviceIDTemplates = nullptr;
-  decltype(&clpProbeDevice) ProbeDevice = nullptr;
-  decltype(&clpGetXMLIDs) GetXMLIDs = nullptr;
-  decltype(&clpGetXMLDescription) GetXMLDescription = nullptr;
-  decltype(&clpReadRegister) ReadRegister = nullptr;
-  decltype(&clpWriteRegister) WriteRegister = nullptr;
-  decltype(&clpContinueWriteRegister) ContinueWriteRegister = nullptr;
-  decltype(&clpGetErrorText) GetErrorText = nullptr;
-  decltype(&clpDisconnect) Disconnect = nullptr;
-  decltype(&clpGetCLProtocolVersion) GetCLProtocolVersion = nullptr;
-  decltype(&clpGetParam) GetParam = nullptr;
-  decltype(&clpSetParam) SetParam = nullptr;
-  decltype(&clpIsParamSupported) IsParamSupported = nullptr;
-  decltype(&clpGetEventData) GetEventData = nullptr;
   VxComPortFn VxComPort = nullptr;
 
   bool Load(std::string& error) {

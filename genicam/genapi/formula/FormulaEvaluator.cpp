@@ -38,6 +38,27 @@ class ValueStack {
   std::size_t size_ = 0;
 };
 
+// Comparison operators yield 1 or 0 in the operands' type; any other operator leaves a as is.
+template <typename T>
+T CompareOrKeep(OpCode op, T a, T b) {
+  switch (op) {
+    case OpCode::Less:
+      return a < b;
+    case OpCode::LessEqual:
+      return a <= b;
+    case OpCode::Greater:
+      return a > b;
+    case OpCode::GreaterEqual:
+      return a >= b;
+    case OpCode::Equal:
+      return a == b;
+    case OpCode::NotEqual:
+      return a != b;
+    default:
+      return a;
+  }
+}
+
 // Integer knives: int64 with wrapping overflow.
 struct IntegerRules {
   using Value = std::int64_t;
@@ -78,18 +99,6 @@ struct IntegerRules {
         return ShiftLeftBy(a, b);
       case OpCode::ShiftRight:
         return ShiftRightBy(a, b);
-      case OpCode::Less:
-        return a < b;
-      case OpCode::LessEqual:
-        return a <= b;
-      case OpCode::Greater:
-        return a > b;
-      case OpCode::GreaterEqual:
-        return a >= b;
-      case OpCode::Equal:
-        return a == b;
-      case OpCode::NotEqual:
-        return a != b;
       case OpCode::BitAnd:
         return a & b;
       case OpCode::BitOr:
@@ -97,7 +106,7 @@ struct IntegerRules {
       case OpCode::BitXor:
         return a ^ b;
       default:
-        return a;
+        return CompareOrKeep(in.op, a, b);
     }
   }
 };
@@ -142,18 +151,6 @@ struct FloatRules {
         return Bits(ShiftLeftBy(DoubleToBits(a), DoubleToBits(b)));
       case OpCode::ShiftRight:
         return Bits(ShiftRightBy(DoubleToBits(a), DoubleToBits(b)));
-      case OpCode::Less:
-        return a < b;
-      case OpCode::LessEqual:
-        return a <= b;
-      case OpCode::Greater:
-        return a > b;
-      case OpCode::GreaterEqual:
-        return a >= b;
-      case OpCode::Equal:
-        return a == b;
-      case OpCode::NotEqual:
-        return a != b;
       case OpCode::BitAnd:
         return Bits(DoubleToBits(a) & DoubleToBits(b));
       case OpCode::BitOr:
@@ -161,7 +158,7 @@ struct FloatRules {
       case OpCode::BitXor:
         return Bits(DoubleToBits(a) ^ DoubleToBits(b));
       default:
-        return a;
+        return CompareOrKeep(in.op, a, b);
     }
   }
 };

@@ -31,6 +31,21 @@ LibraryState& library() {
 // Largest single register transfer the driver accepts.
 constexpr CLINT64 kMaxTransfer = 64ll * 1024 * 1024;
 
+// Shared checks and set-up of a register read or write: a null serial or buffer, a bad size or
+// address, and an empty transfer are answered here; transfer(channel, connection) does the rest.
+template <class Transfer>
+CLINT32 onRegisterTransfer(ISerial* serial, CLUINT32 cookie, CLINT64 address, const void* buffer,
+                           CLINT64 bufferSize, Transfer&& transfer) {
+  if (serial == nullptr || (buffer == nullptr && bufferSize != 0)) return CL_ERR_INVALID_PTR;
+  if (bufferSize < 0 || bufferSize > kMaxTransfer || address < 0) return CL_ERR_INVALID_INDEX;
+  return onConnection(cookie, [&](Connection& connection) {
+    connection.pendingWrite.reset();
+    if (bufferSize == 0) return CL_ERR_NO_ERR;
+    Channel channel = connection.channel(serial);
+    return transfer(channel, connection);
+  });
+}
+
 std::string joinWithTabs(const std::vector<std::string>& items) {
   std::string text;
   for (const auto& item : items) {
@@ -126,33 +141,26 @@ CLPROTOCOLEXPORT CLINT32 CLPROTOCOL clpReadRegister(ISerial* pSerial, const CLUI
                                                     const CLINT64 Address, CLINT8* pBuffer,
                                                     const CLINT64 BufferSize,
                                                     const CLUINT32 TimeOut) {
-  if (pSerial == nullptr || (pBuffer == nullptr && BufferSize != 0)) return CL_ERR_INVALID_PTR;
-  if (BufferSize < 0 || BufferSize > kMaxTransfer || Address < 0) return CL_ERR_INVALID_INDEX;
-  return onConnection(Cookie, [&](Connection& connection) {
-    connection.pendingWrite.reset();
-    if (BufferSize == 0) return CL_ERR_NO_ERR;
-    Channel channel = connection.channel(pSerial);
-    const auto data = channel.readMem(static_cast<uint64_t>(Address),
-                                      static_cast<std::size_t>(BufferSize), TimeOut);
-    std::memcpy(pBuffer, data.data(), data.size());
-    return CL_ERR_NO_ERR;
-  });
+  return onRegisterTransfer(
+      pSerial, Cookie, Address, pBuffer, BufferSize, [&](Channel& channel, Connection&) -> CLINT32 {
+        const auto data = channel.readMem(static_cast<uint64_t>(Address),
+                                          static_cast<std::size_t>(BufferSize), TimeOut);
+        std::memcpy(pBuffer, data.data(), data.size());
+        return CL_ERR_NO_ERR;
+      });
 }
 
 CLPROTOCOLEXPORT CLINT32 CLPROTOCOL clpWriteRegister(ISerial* pSerial, const CLUINT32 Cookie,
                                                      const CLINT64 Address, const CLINT8* pBuffer,
                                                      const CLINT64 BufferSize,
                                                      const CLUINT32 TimeOut) {
-  if (pSerial == nullptr || (pBuffer == nullptr && BufferSize != 0)) return CL_ERR_INVALID_PTR;
-  if (BufferSize < 0 || BufferSize > kMaxTransfer || Address < 0) return CL_ERR_INVALID_INDEX;
-  return onConnection(Cookie, [&](Connection& connection) {
-    connection.pendingWrite.reset();
-    if (BufferSize == 0) return CL_ERR_NO_ERR;
-    Channel channel = connection.channel(pSerial);
-    return channel.writeMem(static_cast<uint64_t>(Address),
-                            reinterpret_cast<const uint8_t*>(pBuffer),
-                            static_cast<std::size_t>(BufferSize), TimeOut, connection.pendingWrite);
-  });
+  return onRegisterTransfer(pSerial, Cookie, Address, pBuffer, BufferSize,
+                            [&](Channel& channel, Connection& connection) -> CLINT32 {
+                              return channel.writeMem(static_cast<uint64_t>(Address),
+                                                      reinterpret_cast<const uint8_t*>(pBuffer),
+                                                      static_cast<std::size_t>(BufferSize), TimeOut,
+                                                      connection.pendingWrite);
+                            });
 }
 
 CLPROTOCOLEXPORT CLINT32 CLPROTOCOL clpContinueWriteRegister(ISerial* pSerial,
