@@ -86,10 +86,10 @@ class GenericCamera {
   std::vector<CategoryEntry> categories_;
   // Protocol port and serial adapter: created by the connect operation, which
   // comes with the device-detection work; nothing creates them yet.
-  CLProtocol::CCLPort* port_ = nullptr;
+  [[maybe_unused]] CLProtocol::CCLPort* port_ = nullptr;
   std::unique_ptr<GenApi::CNodeMapRef> nodeMap_;
   std::unique_ptr<CameraFeature> featureTree_;
-  SerialAdapter* serialAdapter_ = nullptr;
+  [[maybe_unused]] SerialAdapter* serialAdapter_ = nullptr;
   std::uint32_t visibilityLevel_ = VISIBILITY_LEVEL_GURU;
 };
 

@@ -13,6 +13,7 @@
 #include <string>
 #include <thread>
 
+#include "clprotocol_port_access.h"
 #include "clprotocol_test_serial.h"
 #include "vq/platform/environment.h"
 #include "vq/platform/pseudo_terminal.h"
@@ -121,25 +122,12 @@ class PortOverPty : public ::testing::TestWithParam<const char*> {
     return std::string(GetParam()) == "korva-area" ? "KORVA#AreaScan#A2040M" : "KORVA#LineScan#L4096";
   }
 
-  uint32_t ReadU32(int64_t address) {
-    uint8_t bytes[4] = {};
-    port_.Read(bytes, address, 4);
-    return static_cast<uint32_t>(bytes[0]) << 24 | bytes[1] << 16 | bytes[2] << 8 | bytes[3];
-  }
-
+  uint32_t ReadU32(int64_t address) { return clprotocol_test::ReadU32(port_, address); }
   void WriteU32(int64_t address, uint32_t value) {
-    const uint8_t bytes[4] = {static_cast<uint8_t>(value >> 24), static_cast<uint8_t>(value >> 16),
-                              static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)};
-    port_.Write(bytes, address, 4);
+    clprotocol_test::WriteU32(port_, address, value);
   }
-
   std::string ErrorOf(void (*call)(CLProtocol::CCLPort&)) {
-    try {
-      call(port_);
-    } catch (const GenICam::GenericException& e) {
-      return e.GetDescription();
-    }
-    return "no exception";
+    return clprotocol_test::ErrorOf(port_, call);
   }
 
   std::unique_ptr<PtyCamera> camera_;

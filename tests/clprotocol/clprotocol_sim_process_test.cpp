@@ -21,6 +21,7 @@
 #include <string>
 #include <thread>
 
+#include "clprotocol_port_access.h"
 #include "clprotocol_test_serial.h"
 
 extern char** environ;
@@ -203,24 +204,12 @@ class SimProgramPort : public ::testing::TestWithParam<Camera> {
         << "description of " << xml.size() << " bytes differs from the file's " << expected.size();
   }
 
-  uint32_t ReadU32(int64_t address) {
-    uint8_t b[4] = {};
-    port_.Read(b, address, 4);
-    return static_cast<uint32_t>(b[0]) << 24 | b[1] << 16 | b[2] << 8 | b[3];
-  }
+  uint32_t ReadU32(int64_t address) { return clprotocol_test::ReadU32(port_, address); }
   void WriteU32(int64_t address, uint32_t value) {
-    const uint8_t b[4] = {static_cast<uint8_t>(value >> 24), static_cast<uint8_t>(value >> 16),
-                          static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)};
-    port_.Write(b, address, 4);
+    clprotocol_test::WriteU32(port_, address, value);
   }
-
   std::string ErrorOf(void (*call)(CLProtocol::CCLPort&)) {
-    try {
-      call(port_);
-    } catch (const GenICam::GenericException& e) {
-      return e.GetDescription();
-    }
-    return "no exception";
+    return clprotocol_test::ErrorOf(port_, call);
   }
 
   SimProcess sim_;
