@@ -19,6 +19,8 @@
 #ifdef VQ_BENCH_HAVE_GENAPI
 #include <GenApi/GenApi.h>
 
+#include "ZeroPort.h"
+
 namespace {
 
 // Measurement only: heap in use and the process's peak resident size.
@@ -66,17 +68,7 @@ const std::string& LargestDescription() {
 }
 
 // A register image of zeros that counts what the node map asks for.
-class CountingPort : public GenApi::IPort {
- public:
-  GenApi::EAccessMode GetAccessMode() const override { return GenApi::RW; }
-  void Read(void* buffer, int64_t, int64_t length) override {
-    if (buffer != nullptr && length > 0) std::memset(buffer, 0, static_cast<std::size_t>(length));
-    ++reads;
-  }
-  void Write(const void*, int64_t, int64_t) override { ++writes; }
-  int64_t reads = 0;
-  int64_t writes = 0;
-};
+using CountingPort = vq_support::ZeroPort;
 
 struct LoadedMap {
   GenApi::CNodeMapRef map;

@@ -4,6 +4,8 @@
 // GenICam exceptions are the defined way to fail; anything else is a defect.
 #include <GenApi/GenApi.h>
 
+#include "ZeroPort.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -12,18 +14,7 @@
 
 namespace {
 
-// Reads as zeros, swallows writes, never fails.
-class ZeroPort : public GenApi::IPort {
- public:
-  GenApi::EAccessMode GetAccessMode() const override { return GenApi::RW; }
-  void Read(void* buffer, int64_t, int64_t length) override {
-    if (buffer != nullptr && length > 0) std::memset(buffer, 0, static_cast<std::size_t>(length));
-    ++reads;
-  }
-  void Write(const void*, int64_t, int64_t) override { ++writes; }
-  int reads = 0;
-  int writes = 0;
-};
+using vq_support::ZeroPort;
 
 constexpr std::size_t kMaxNodesVisited = 4096;
 constexpr int64_t kMaxRegisterBytes = 1 << 16;

@@ -112,31 +112,10 @@ struct SearchCase {
   size_t offset;
 };
 
-size_t RunOnStd(const SearchCase& c) {
-  const std::string h = c.haystack, n = c.needle;
-  switch (c.op) {
-    case Search::kFindChar:
-      return h.find(n[0], c.offset);
-    case Search::kFindText:
-      return h.find(n, c.offset);
-    case Search::kRfindChar:
-      return h.rfind(n[0], c.offset);
-    case Search::kRfindText:
-      return h.rfind(n, c.offset);
-    case Search::kFirstOf:
-      return h.find_first_of(n, c.offset);
-    case Search::kFirstNotOf:
-      return h.find_first_not_of(n, c.offset);
-    case Search::kLastOf:
-      return h.find_last_of(n, c.offset);
-    case Search::kLastNotOf:
-      return h.find_last_not_of(n, c.offset);
-  }
-  return 0;
-}
-
-size_t RunOnGc(const SearchCase& c) {
-  const gcstring h = c.haystack, n = c.needle;
+// Runs one search case on either string type, so the two can be compared.
+template <typename String>
+size_t RunOn(const SearchCase& c) {
+  const String h = c.haystack, n = c.needle;
   switch (c.op) {
     case Search::kFindChar:
       return h.find(n[0], c.offset);
@@ -175,7 +154,7 @@ TEST(GcStringTest, SearchAgreesWithStdString) {
       {Search::kLastNotOf, "text   ", " ", npos},  {Search::kLastNotOf, "", " ", npos},
   };
   for (size_t i = 0; i < cases.size(); ++i) {
-    EXPECT_EQ(RunOnGc(cases[i]), RunOnStd(cases[i]))
+    EXPECT_EQ(RunOn<gcstring>(cases[i]), RunOn<std::string>(cases[i]))
         << "case " << i << " '" << cases[i].haystack << "' / '" << cases[i].needle << "'";
   }
 }
