@@ -164,6 +164,44 @@ TEST(Access, CacheableOnlyWithoutNoCacheGuards) {
   EXPECT_EQ(m.Node("A")->GetAccessMode(), RW);
 }
 
+// Errors while computing a mode are not turned into "not available": they
+// reach the caller (the reference does the same; a feature tree shows them),
+// and nothing is cached, so the mode is right once the cause is gone.
+TEST(Access, ErrorsWhileComputingTheModeReachTheCaller) {
+  struct Case {
+    const char* guard;
+    const char* guardNode;
+    bool silentDevice;  // the port stops answering instead
+    const char* exceptionType;
+  };
+  const char* kRegisterGuard = "<IntReg Name=\"G\"><Address>0x40</Address><Length>4</Length>"
+                               "<AccessMode>RO</AccessMode><pPort>Device</pPort>"
+                               "<Cachable>NoCache</Cachable></IntReg>";
+  const char* kBrokenKnife = "<IntSwissKnife Name=\"G\"><Formula>1/0</Formula></IntSwissKnife>";
+  const Case cases[] = {
+      {"pIsImplemented", kRegisterGuard, true, "TimeoutException"},
+      {"pIsAvailable", kRegisterGuard, true, "TimeoutException"},
+      {"pIsLocked", kRegisterGuard, true, "TimeoutException"},
+      {"pIsAvailable", kBrokenKnife, false, "LogicalErrorException"},
+  };
+  for (const Case& c : cases) {
+    const std::string guard = std::string("<") + c.guard + ">G</" + c.guard + ">";
+    Loaded m(c.guardNode + Reg("A", "RW", 0, guard.c_str()));
+    m.port.PokeLE32(0x40, 1);
+    m.port.failReads = c.silentDevice;
+    try {
+      m.Node("A")->GetAccessMode();
+      ADD_FAILURE() << c.guard << " over " << c.guardNode;
+    } catch (const GenICam::GenericException& e) {
+      EXPECT_STREQ(e.GetExceptionType(), c.exceptionType) << e.what();
+    }
+    if (!c.silentDevice) continue;
+    m.port.failReads = false;
+    EXPECT_EQ(m.Node("A")->GetAccessMode(), c.guard == std::string("pIsLocked") ? RO : RW)
+        << c.guard;
+  }
+}
+
 TEST(Access, GuardCyclesDoNotHang) {
   Loaded m(R"(
     <Integer Name="A"><pIsAvailable>B</pIsAvailable><Value>1</Value></Integer>
