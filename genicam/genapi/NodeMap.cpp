@@ -50,9 +50,10 @@ INode* NodeMap::GetNode(const GenICam::gcstring& name) const {
 
 void NodeMap::AddNode(NodeImpl* node, uint32_t nameId) {
   if (names_.NodeOf(nameId) != nullptr) {
+    const char* type = node->TypeName();
     node->~NodeImpl();
-    throw RUNTIME_EXCEPTION("Node '%s' : duplicate node name (element %s)",
-                            names_.Text(nameId), node->TypeName());
+    throw RUNTIME_EXCEPTION("Node '%s' : duplicate node name (element %s)", names_.Text(nameId),
+                            type);
   }
   names_.SetNode(nameId, node);
   node->SetIndex(static_cast<uint32_t>(nodes_.size()));
