@@ -8,9 +8,8 @@ namespace impl {
 
 namespace {
 constexpr size_t kBlockSize = 64 * 1024;
-constexpr size_t kHeaderSize = alignof(std::max_align_t) > sizeof(void*)
-                                   ? alignof(std::max_align_t)
-                                   : sizeof(void*);
+constexpr size_t kHeaderSize = alignof(std::max_align_t) > sizeof(void*) ? alignof(std::max_align_t)
+                                                                         : sizeof(void*);
 }  // namespace
 
 char* Arena::NewBlock(size_t payload) {

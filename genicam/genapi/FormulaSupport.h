@@ -25,7 +25,9 @@ class FormulaVariables {
   // NI when a variable is NI, NA when one is otherwise unreadable, else RO.
   EAccessMode Mode() const;
   size_t Count() const { return vars_.size(); }
-  NodeImpl* Node(size_t index) const { return index < vars_.size() ? vars_[index].node() : nullptr; }
+  NodeImpl* Node(size_t index) const {
+    return index < vars_.size() ? vars_[index].node() : nullptr;
+  }
 
  private:
   struct Named {

@@ -13,7 +13,7 @@ size_t NameTable::Probe(std::string_view name, uint32_t hash) const {
     if (slot.id == 0) return i;
     if (slot.hash != hash) continue;
     const Entry& e = entries_[slot.id - 1];
-    if (e.size == name.size() && std::memcmp(e.text, name.data(), name.size()) == 0) return i;
+    if (e.size == name.size() && SameBytes(e.text, name.data(), name.size())) return i;
   }
 }
 
@@ -35,13 +35,11 @@ void NameTable::Reserve(size_t count) {
 }
 
 uint32_t NameTable::Intern(std::string_view name) {
-  if (2 * (entries_.size() + 1) > slots_.size())
-    Rehash(slots_.empty() ? 1024 : 2 * slots_.size());
+  if (2 * (entries_.size() + 1) > slots_.size()) Rehash(slots_.empty() ? 1024 : 2 * slots_.size());
   const uint32_t hash = HashText(name);
   const size_t slot = Probe(name, hash);
   if (slots_[slot].id != 0) return slots_[slot].id - 1;
-  entries_.push_back(
-      Entry{arena_.Copy(name), static_cast<uint32_t>(name.size()), hash, nullptr});
+  entries_.push_back(Entry{arena_.Copy(name), static_cast<uint32_t>(name.size()), hash, nullptr});
   slots_[slot] = Slot{hash, static_cast<uint32_t>(entries_.size())};
   return slots_[slot].id - 1;
 }

@@ -15,6 +15,29 @@ namespace impl {
 
 class NodeImpl;
 
+// Equality of two runs of n bytes; short runs (names, element names) are
+// compared with a few overlapping word loads instead of a library call.
+inline bool SameBytes(const char* a, const char* b, size_t n) {
+  const auto word = [](const char* p) {
+    uint64_t w;
+    std::memcpy(&w, p, 8);
+    return w;
+  };
+  const auto half = [](const char* p) {
+    uint32_t w;
+    std::memcpy(&w, p, 4);
+    return w;
+  };
+  if (n >= 8 && n <= 16) return word(a) == word(b) && word(a + n - 8) == word(b + n - 8);
+  if (n >= 4 && n < 8) return half(a) == half(b) && half(a + n - 4) == half(b + n - 4);
+  if (n < 4) {
+    for (size_t i = 0; i < n; ++i)
+      if (a[i] != b[i]) return false;
+    return true;
+  }
+  return std::memcmp(a, b, n) == 0;
+}
+
 // A fast hash of short texts, eight bytes at a time.
 inline uint32_t HashText(std::string_view text) {
   const char* p = text.data();

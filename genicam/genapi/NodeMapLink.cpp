@@ -31,9 +31,17 @@ namespace {
 // Pointer elements whose evaluation reads the target's value.
 bool IsValueEdge(Elem element) {
   switch (element) {
-    case Elem::pValue: case Elem::pValueCopy: case Elem::pValueIndexed:
-    case Elem::pValueDefault: case Elem::pVariable: case Elem::pAddress: case Elem::pLength:
-    case Elem::pIndex: case Elem::pOffset: case Elem::pCommandValue: case Elem::p1212Parser:
+    case Elem::pValue:
+    case Elem::pValueCopy:
+    case Elem::pValueIndexed:
+    case Elem::pValueDefault:
+    case Elem::pVariable:
+    case Elem::pAddress:
+    case Elem::pLength:
+    case Elem::pIndex:
+    case Elem::pOffset:
+    case Elem::pCommandValue:
+    case Elem::p1212Parser:
       return true;
     default:
       return false;
@@ -76,8 +84,7 @@ class Linker : public LinkSink {
     NodeImpl* target = Resolve(ref.NameId());
     if (!target)
       throw RUNTIME_EXCEPTION("Node '%s' : element '%s' points to the unknown node '%s'",
-                              owner->Name(), ElemName(element),
-                              map_.Names().Text(ref.NameId()));
+                              owner->Name(), ElemName(element), map_.Names().Text(ref.NameId()));
     if ((target->KindBits() & kinds) == 0)
       throw LOGICAL_ERROR_EXCEPTION(
           "Node '%s' : element '%s' names '%s', a %s node, where %s is expected", owner->Name(),
@@ -96,9 +103,8 @@ class Linker : public LinkSink {
     Buckets selectors(nodes_.size());  // per selected node, the nodes selecting it
     ForEachSelection([&](uint32_t, uint32_t selected) { selectors.Count(selected); });
     selectors.Layout();
-    ForEachSelection([&](uint32_t selector, uint32_t selected) {
-      selectors.Place(selected, nodes_[selector]);
-    });
+    ForEachSelection(
+        [&](uint32_t selector, uint32_t selected) { selectors.Place(selected, nodes_[selector]); });
     std::vector<NodeImpl*> list;
     size_t at = 0;
     for (uint32_t owner = 0; owner < nodes_.size(); ++owner) {

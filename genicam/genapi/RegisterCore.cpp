@@ -132,7 +132,8 @@ void RegisterCore::Write(const NodeImpl* owner, const std::vector<uint8_t>& byte
 bool RegisterCore::CacheValid(const NodeImpl* owner) {
   if (owner->GetCachingMode() == NoCache) return false;
   try {
-    return cache_ && cache_->count(std::make_pair(Address(owner, false), Length(owner, false))) != 0;
+    if (!cache_) return false;
+    return cache_->count(std::make_pair(Address(owner, false), Length(owner, false))) != 0;
   } catch (const GenICam::GenericException&) {
     return false;
   }

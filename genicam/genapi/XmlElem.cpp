@@ -1,14 +1,15 @@
 // Element ids and the parsers for the element texts.
 #include "XmlElem.h"
 
+#include <GenICam.h>
+
 #include <charconv>
 #include <cmath>
 #include <cstring>
 #include <pugixml.hpp>
 
-#include <GenICam.h>
-
 #include "Arena.h"
+#include "NameTable.h"
 
 namespace GenApi {
 namespace impl {
@@ -40,7 +41,7 @@ class ElemTable {
       const Slot& slot = slots_[i];
       if (slot.id == Elem::Unknown) return Elem::Unknown;
       if (slot.size == name.size() &&
-          std::memcmp(kElemNames[size_t(slot.id)], name.data(), name.size()) == 0)
+          SameBytes(kElemNames[size_t(slot.id)], name.data(), name.size()))
         return slot.id;
     }
   }
@@ -56,7 +57,9 @@ class ElemTable {
   static size_t Hash(std::string_view s) {
     const size_t n = s.size();
     if (n == 0) return 0;
-    const auto at = [&s](size_t i) { return static_cast<uint32_t>(static_cast<unsigned char>(s[i])); };
+    const auto at = [&s](size_t i) {
+      return static_cast<uint32_t>(static_cast<unsigned char>(s[i]));
+    };
     return (uint32_t(n) * 36698u) ^ (at(0) * 29623u) ^ (at(n - 1) * 33076u) ^ (at(n / 2) * 12266u);
   }
   Slot slots_[kMask + 1] = {};
@@ -72,9 +75,12 @@ std::string_view Trim(std::string_view s) {
 
 int Digit(char c, int base) {
   int d = 99;
-  if (c >= '0' && c <= '9') d = c - '0';
-  else if (c >= 'a' && c <= 'f') d = c - 'a' + 10;
-  else if (c >= 'A' && c <= 'F') d = c - 'A' + 10;
+  if (c >= '0' && c <= '9')
+    d = c - '0';
+  else if (c >= 'a' && c <= 'f')
+    d = c - 'a' + 10;
+  else if (c >= 'A' && c <= 'F')
+    d = c - 'A' + 10;
   return d < base ? d : -1;
 }
 
@@ -87,7 +93,9 @@ Elem ElemOf(std::string_view localName) {
   return table.Find(localName);
 }
 
-const char* ElemName(Elem id) { return kElemNames[size_t(id) < size_t(Elem::Count) ? size_t(id) : 0]; }
+const char* ElemName(Elem id) {
+  return kElemNames[size_t(id) < size_t(Elem::Count) ? size_t(id) : 0];
+}
 
 const char* XmlElem::Attr(const char* attributeName) const {
   if (*attrName != '\0' && std::strcmp(attrName, attributeName) == 0) return attr;
@@ -163,8 +171,8 @@ int64_t ParseInt(const char* node, const XmlElem& e) { return ParseInt(node, e.n
 double ParseDouble(const char* node, const char* element, std::string_view text) {
   double v = 0;
   if (!TryParseDouble(text, v))
-    throw PROPERTY_EXCEPTION("Node '%s' : element '%s' has an invalid number '%.*s'", node,
-                             element, static_cast<int>(text.size()), text.data());
+    throw PROPERTY_EXCEPTION("Node '%s' : element '%s' has an invalid number '%.*s'", node, element,
+                             static_cast<int>(text.size()), text.data());
   return v;
 }
 

@@ -3,10 +3,10 @@
 // element texts.
 #pragma once
 
+#include <GenApi/Types.h>
+
 #include <cstdint>
 #include <string_view>
-
-#include <GenApi/Types.h>
 
 namespace pugi {
 struct xml_node_struct;
@@ -19,25 +19,31 @@ class Arena;
 
 // Every element name the engine understands: node kinds first, then the
 // elements inside nodes.
-#define VQ_GENAPI_NODE_ELEMENTS(X)                                                             \
-  X(Node) X(Category) X(Integer) X(IntReg) X(MaskedIntReg) X(IntSwissKnife) X(IntConverter)   \
-  X(IntKey) X(AdvFeatureLock) X(SmartFeature) X(Boolean) X(Command) X(Enumeration)            \
-  X(EnumEntry) X(Float) X(FloatReg) X(SwissKnife) X(Converter) X(String) X(StringReg)         \
-  X(TextDesc) X(Register) X(ConfRom) X(Port) X(Group) X(StructReg) X(StructEntry)
+#define VQ_GENAPI_NODE_ELEMENTS(X)                                                                 \
+  X(Node)                                                                                          \
+  X(Category) X(Integer) X(IntReg) X(MaskedIntReg) X(IntSwissKnife) X(IntConverter) X(IntKey)      \
+      X(AdvFeatureLock) X(SmartFeature) X(Boolean) X(Command) X(Enumeration) X(EnumEntry) X(Float) \
+          X(FloatReg) X(SwissKnife) X(Converter) X(String) X(StringReg) X(TextDesc) X(Register)    \
+              X(ConfRom) X(Port) X(Group) X(StructReg) X(StructEntry)
 
-#define VQ_GENAPI_CHILD_ELEMENTS(X)                                                            \
-  X(Extension) X(ToolTip) X(Description) X(DisplayName) X(Visibility) X(DocuURL)              \
-  X(IsDeprecated) X(EventID) X(pIsImplemented) X(pIsAvailable) X(pIsLocked) X(pBlockPolling)  \
-  X(ImposedAccessMode) X(pError) X(pAlias) X(pCastAlias) X(pInvalidator) X(pSelected)         \
-  X(Streamable) X(PollingTime) X(Value) X(pValue) X(pValueCopy) X(pIndex) X(ValueIndexed)     \
-  X(pValueIndexed) X(ValueDefault) X(pValueDefault) X(Min) X(Max) X(Inc) X(pMin) X(pMax)      \
-  X(pInc) X(Unit) X(Representation) X(ValidValueSet) X(Address) X(pAddress) X(Length)        \
-  X(pLength) X(AccessMode) X(pPort) X(Cachable) X(Endianess) X(Sign) X(Bit) X(LSB) X(MSB)    \
-  X(FeatureID) X(Timeout) X(OnValue) X(OffValue) X(CommandValue) X(pCommandValue)             \
-  X(pEnumEntry) X(NumericValue) X(Symbolic) X(IsSelfClearing) X(pVariable) X(Constant)        \
-  X(Expression) X(Formula) X(FormulaTo) X(FormulaFrom) X(Slope) X(IsLinear)                   \
-  X(DisplayNotation) X(DisplayPrecision) X(SwapEndianess) X(ChunkID) X(pChunkID)              \
-  X(CacheChunkData) X(p1212Parser) X(Key) X(pFeature) X(pOffset)
+#define VQ_GENAPI_CHILD_ELEMENTS(X)                                                               \
+  X(Extension)                                                                                    \
+  X(ToolTip) X(Description) X(DisplayName) X(Visibility) X(DocuURL) X(IsDeprecated) X(EventID)    \
+      X(pIsImplemented) X(pIsAvailable) X(pIsLocked) X(pBlockPolling) X(ImposedAccessMode)        \
+          X(pError) X(pAlias) X(pCastAlias) X(pInvalidator) X(pSelected) X(Streamable)            \
+              X(PollingTime) X(Value) X(pValue) X(pValueCopy) X(pIndex) X(ValueIndexed)           \
+                  X(pValueIndexed) X(ValueDefault) X(pValueDefault) X(Min) X(Max) X(Inc) X(pMin)  \
+                      X(pMax) X(pInc) X(Unit) X(Representation) X(ValidValueSet) X(Address)       \
+                          X(pAddress) X(Length) X(pLength) X(AccessMode) X(pPort) X(Cachable)     \
+                              X(Endianess) X(Sign) X(Bit) X(LSB) X(MSB) X(FeatureID) X(Timeout)   \
+                                  X(OnValue) X(OffValue) X(CommandValue) X(pCommandValue)         \
+                                      X(pEnumEntry) X(NumericValue) X(Symbolic) X(IsSelfClearing) \
+                                          X(pVariable) X(Constant) X(Expression) X(Formula)       \
+                                              X(FormulaTo) X(FormulaFrom) X(Slope) X(IsLinear)    \
+                                                  X(DisplayNotation) X(DisplayPrecision)          \
+                                                      X(SwapEndianess) X(ChunkID) X(pChunkID)     \
+                                                          X(CacheChunkData) X(p1212Parser) X(Key) \
+                                                              X(pFeature) X(pOffset)
 
 enum class Elem : uint8_t {
   Unknown,

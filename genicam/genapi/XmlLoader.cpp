@@ -48,38 +48,61 @@ bool IsText(const pugi::xml_node& n) {
 NodeImpl* CreateNode(NodeMap& map, Elem kind, const char* name) {
   Arena& a = map.Memory();
   switch (kind) {
-    case Elem::Node: return a.New<PlainNode>(&map, name);
-    case Elem::Category: return a.New<CategoryNode>(&map, name);
-    case Elem::Integer: return a.New<IntegerNode>(&map, name);
-    case Elem::IntReg: case Elem::AdvFeatureLock: case Elem::SmartFeature:
+    case Elem::Node:
+      return a.New<PlainNode>(&map, name);
+    case Elem::Category:
+      return a.New<CategoryNode>(&map, name);
+    case Elem::Integer:
+      return a.New<IntegerNode>(&map, name);
+    case Elem::IntReg:
+    case Elem::AdvFeatureLock:
+    case Elem::SmartFeature:
       return a.New<IntRegNode>(&map, name, kind);
-    case Elem::MaskedIntReg: return a.New<MaskedIntRegNode>(&map, name);
-    case Elem::IntSwissKnife: return a.New<IntSwissKnifeNode>(&map, name);
-    case Elem::IntConverter: return a.New<IntConverterNode>(&map, name);
-    case Elem::IntKey: return a.New<IntKeyNode>(&map, name);
-    case Elem::Boolean: return a.New<BooleanNode>(&map, name);
-    case Elem::Command: return a.New<CommandNode>(&map, name);
-    case Elem::Enumeration: return a.New<EnumerationNode>(&map, name);
-    case Elem::Float: return a.New<FloatNode>(&map, name);
-    case Elem::FloatReg: return a.New<FloatRegNode>(&map, name);
-    case Elem::SwissKnife: return a.New<SwissKnifeNode>(&map, name);
-    case Elem::Converter: return a.New<ConverterNode>(&map, name);
-    case Elem::String: return a.New<StringNode>(&map, name);
-    case Elem::StringReg: return a.New<StringRegNode>(&map, name);
-    case Elem::TextDesc: return a.New<TextDescNode>(&map, name);
-    case Elem::Register: case Elem::ConfRom: return a.New<RegisterNode>(&map, name, kind);
-    case Elem::Port: return a.New<PortNode>(&map, name);
+    case Elem::MaskedIntReg:
+      return a.New<MaskedIntRegNode>(&map, name);
+    case Elem::IntSwissKnife:
+      return a.New<IntSwissKnifeNode>(&map, name);
+    case Elem::IntConverter:
+      return a.New<IntConverterNode>(&map, name);
+    case Elem::IntKey:
+      return a.New<IntKeyNode>(&map, name);
+    case Elem::Boolean:
+      return a.New<BooleanNode>(&map, name);
+    case Elem::Command:
+      return a.New<CommandNode>(&map, name);
+    case Elem::Enumeration:
+      return a.New<EnumerationNode>(&map, name);
+    case Elem::Float:
+      return a.New<FloatNode>(&map, name);
+    case Elem::FloatReg:
+      return a.New<FloatRegNode>(&map, name);
+    case Elem::SwissKnife:
+      return a.New<SwissKnifeNode>(&map, name);
+    case Elem::Converter:
+      return a.New<ConverterNode>(&map, name);
+    case Elem::String:
+      return a.New<StringNode>(&map, name);
+    case Elem::StringReg:
+      return a.New<StringRegNode>(&map, name);
+    case Elem::TextDesc:
+      return a.New<TextDescNode>(&map, name);
+    case Elem::Register:
+    case Elem::ConfRom:
+      return a.New<RegisterNode>(&map, name, kind);
+    case Elem::Port:
+      return a.New<PortNode>(&map, name);
     // Schema 1.0: entries stand alone and enumerations point to them.
-    case Elem::EnumEntry: return a.New<EnumEntryNode>(&map, name, name);
-    default: return nullptr;
+    case Elem::EnumEntry:
+      return a.New<EnumEntryNode>(&map, name, name);
+    default:
+      return nullptr;
   }
 }
 
 // Elements only GetProperty and the presentation queries read: no node parses them.
 bool IsPresentationOnly(Elem id) {
   return id == Elem::ToolTip || id == Elem::Description || id == Elem::DisplayName ||
-         id == Elem::DocuURL || id == Elem::EventID || id == Elem::Extension ||
-         id == Elem::Unknown;
+         id == Elem::DocuURL || id == Elem::EventID || id == Elem::Extension || id == Elem::Unknown;
 }
 
 // The elements CreateNode builds: the node kinds from Node to Port.
@@ -87,9 +110,15 @@ bool IsNodeElement(Elem kind) { return kind >= Elem::Node && kind <= Elem::Port;
 
 bool IsRegisterFamily(Elem kind) {
   switch (kind) {
-    case Elem::Register: case Elem::IntReg: case Elem::MaskedIntReg: case Elem::FloatReg:
-    case Elem::StringReg: case Elem::StructReg: case Elem::AdvFeatureLock:
-    case Elem::SmartFeature: case Elem::ConfRom:
+    case Elem::Register:
+    case Elem::IntReg:
+    case Elem::MaskedIntReg:
+    case Elem::FloatReg:
+    case Elem::StringReg:
+    case Elem::StructReg:
+    case Elem::AdvFeatureLock:
+    case Elem::SmartFeature:
+    case Elem::ConfRom:
       return true;
     default:
       return false;
@@ -108,9 +137,12 @@ class Loader {
       pugi::xml_node n = stack.back();
       stack.pop_back();
       const Elem kind = ElemOf(LocalName(n));
-      if (kind == Elem::Group) PushChildren(n, stack);
-      else if (kind == Elem::StructReg) LoadStructReg(n);
-      else LoadNode(n, kind);
+      if (kind == Elem::Group)
+        PushChildren(n, stack);
+      else if (kind == Elem::StructReg)
+        LoadStructReg(n);
+      else
+        LoadNode(n, kind);
     }
   }
 
@@ -271,9 +303,9 @@ class Loader {
     const NodeAttributes attributes = AttributesOf(n, "EnumEntry");
     scratch_.assign("EnumEntry_").append(owner.Name()).append(1, '_').append(attributes.name);
     const uint32_t nameId = names_.Intern(scratch_);
-    Building entry(*this, arena_.New<EnumEntryNode>(&map_, names_.Text(nameId),
-                                                   arena_.Copy(attributes.name)),
-                   nameId);
+    Building entry(
+        *this, arena_.New<EnumEntryNode>(&map_, names_.Text(nameId), arena_.Copy(attributes.name)),
+        nameId);
     if (attributes.standard) entry->SetNameSpace(Standard);
     for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling())
       if (c.type() == pugi::node_element)
@@ -315,8 +347,8 @@ class Loader {
       const Elem child = ElemOf(LocalName(c));
       if (child == Elem::StructEntry) continue;
       if (child == Elem::IntSwissKnife)
-        shared.push_back(Synthesised(
-            Elem::pAddress, LoadEmbeddedKnife(c, "StructReg", structKnives_++)));
+        shared.push_back(
+            Synthesised(Elem::pAddress, LoadEmbeddedKnife(c, "StructReg", structKnives_++)));
       else
         shared.push_back(MakeElem(c, child, props_.size()));
     }
@@ -371,9 +403,9 @@ void NodeMap::LoadText(const char* data, size_t size) {
     info_.standardNameSpace = root.attribute("StandardNameSpace").value();
   info_.productGuid = root.attribute("ProductGuid").value();
   info_.versionGuid = root.attribute("VersionGuid").value();
-  info_.schema = Version_t{VersionPart(root, "SchemaMajorVersion"),
-                           VersionPart(root, "SchemaMinorVersion"),
-                           VersionPart(root, "SchemaSubMinorVersion")};
+  info_.schema =
+      Version_t{VersionPart(root, "SchemaMajorVersion"), VersionPart(root, "SchemaMinorVersion"),
+                VersionPart(root, "SchemaSubMinorVersion")};
   info_.device = Version_t{VersionPart(root, "MajorVersion"), VersionPart(root, "MinorVersion"),
                            VersionPart(root, "SubMinorVersion")};
   try {

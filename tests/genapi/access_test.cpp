@@ -170,7 +170,8 @@ TEST(Access, GuardsThatCannotBeRead) {
   };
   const std::string kWriteOnly = Reg("G", "WO", 0x40);
   const std::string kRegister = Reg("G", "RO", 0x40, "<Cachable>NoCache</Cachable>");
-  const std::string kBrokenKnife = "<IntSwissKnife Name=\"G\"><Formula>1/0</Formula></IntSwissKnife>";
+  const std::string kBrokenKnife =
+      "<IntSwissKnife Name=\"G\"><Formula>1/0</Formula></IntSwissKnife>";
   const Case cases[] = {
       {"pIsImplemented", kWriteOnly.c_str(), false, nullptr},
       {"pIsAvailable", kWriteOnly.c_str(), false, nullptr},

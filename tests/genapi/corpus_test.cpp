@@ -158,7 +158,8 @@ std::string Reading(INode* node) {
 TEST(CorpusDefects, UndeclaredFormulaIdentifierBreaksOnlyItsNode) {
   if (kFiles.empty()) GTEST_SKIP() << "no descriptions in " << VQ_GENICAM_XML_DIR;
   std::ifstream in(kFiles.front(), std::ios::binary);
-  const std::string original((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  const std::string original((std::istreambuf_iterator<char>(in)),
+                             std::istreambuf_iterator<char>());
   std::string damaged = original;
   damaged.insert(damaged.rfind("</"),
                  "<IntSwissKnife Name=\"VqBrokenKnife\"><Formula>2 * UNDECLARED_GAIN"

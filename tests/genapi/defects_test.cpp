@@ -31,12 +31,14 @@ TEST(Defects, RejectTheDocumentWithAMessageNamingTheCause) {
       {"empty", "", "empty"},
       {"wrong root", "<Foo/>", "RegisterDescription"},
       {"missing name", Wrap("<Integer><Value>1</Value></Integer>"), "Integer"},
-      {"duplicate", Wrap("<Integer Name=\"A\"><Value>1</Value></Integer>"
-                         "<Integer Name=\"A\"><Value>2</Value></Integer>"),
+      {"duplicate",
+       Wrap("<Integer Name=\"A\"><Value>1</Value></Integer>"
+            "<Integer Name=\"A\"><Value>2</Value></Integer>"),
        "'A'"},
       {"dangling", Wrap("<Integer Name=\"A\"><pValue>Nowhere</pValue></Integer>"), "Nowhere"},
-      {"cycle", Wrap("<Integer Name=\"A\"><pValue>B</pValue></Integer>"
-                     "<Integer Name=\"B\"><pValue>A</pValue></Integer>"),
+      {"cycle",
+       Wrap("<Integer Name=\"A\"><pValue>B</pValue></Integer>"
+            "<Integer Name=\"B\"><pValue>A</pValue></Integer>"),
        "cycle"},
       {"bad number", Wrap("<Integer Name=\"A\"><Value>12abc</Value></Integer>"), "Value"},
       {"masked without bits",
@@ -56,8 +58,9 @@ TEST(Defects, RejectTheDocumentWithAMessageNamingTheCause) {
             "<Integer Name=\"I\"><pValue>S</pValue></Integer>"),
        "'S'"},
       {"pVariable to a category",
-       Wrap("<Category Name=\"Cat\"/><IntSwissKnife Name=\"K\"><pVariable Name=\"C\">Cat</pVariable>"
-            "<Formula>C</Formula></IntSwissKnife>"),
+       Wrap(
+           "<Category Name=\"Cat\"/><IntSwissKnife Name=\"K\"><pVariable Name=\"C\">Cat</pVariable>"
+           "<Formula>C</Formula></IntSwissKnife>"),
        "pVariable"},
       {"pError to an integer",
        Wrap("<Integer Name=\"E\"><Value>0</Value></Integer>"
@@ -94,8 +97,8 @@ const NodeDefect kNodeDefects[] = {
      R"(<IntSwissKnife Name="Bad"><pVariable Name="A">Good</pVariable>
         <Formula>A + MISSING</Formula></IntSwissKnife>)",
      "Bad", "MISSING"},
-    {"undeclared in a float knife", R"(<SwissKnife Name="Bad"><Formula>2 * GAIN</Formula></SwissKnife>)",
-     "Bad", "GAIN"},
+    {"undeclared in a float knife",
+     R"(<SwissKnife Name="Bad"><Formula>2 * GAIN</Formula></SwissKnife>)", "Bad", "GAIN"},
     {"does not parse", R"(<IntSwissKnife Name="Bad"><Formula>1 +* (</Formula></IntSwissKnife>)",
      "Bad", "Formula"},
     {"double equals",
