@@ -42,7 +42,8 @@ constexpr uint16_t kAnyKind = 0xFFFF;
 uint16_t KindBitsOf(Elem kind);
 const char* KindsText(uint16_t kinds);
 
-// A pointer element: the interned target name until the map links it, then the node.
+// A pointer element: the interned target name (marked by the low bit; nodes
+// are aligned) until the map links it, then the node.
 class Ref {
  public:
   void SetName(uint32_t nameId) { bits_ = (uintptr_t(nameId) << 1) | 1u; }
