@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <string>
 
 #include "vq/gencp/Constants.h"
@@ -23,6 +24,7 @@ const char kUsage[] =
     "  --pty               serve on a new pseudo-terminal; prints its device path\n"
     "  --stdio             serve on standard input and output\n"
     "  --profile DIR       camera profile folder (default: the KORVA area-scan camera)\n"
+    "  --set KEY=VALUE     override a profile.ini entry (repeatable)\n"
     "  --pace              hold every byte for its time on the line\n"
     "  --no-stdin          with --pty: do not stop at end of standard input\n"
     "  --command-delay MS  time before command registers clear themselves\n"
@@ -32,11 +34,14 @@ const char kUsage[] =
     "  --processing MS     extra processing time per command (pending acknowledge when long)\n"
     "  --status CODE[:N]   answer the next N (default 1) commands with this GenCP status\n"
     "  --silent            never answer\n"
-    "  --stats             print line statistics to standard error at the end\n";
+    "  --stats             print line statistics to standard error at the end\n"
+    "  --stats-file PATH   keep line statistics and link state in PATH (key = value lines)\n";
 
 struct Options {
   enum class Mode { None, Pty, Stdio } mode = Mode::None;
   std::string profile;
+  std::string overrides;  // profile.ini lines from --set
+  std::string statsFile;
   bool pace = false;
   bool watchStdin = true;
   bool stats = false;
@@ -71,6 +76,12 @@ bool parseArguments(int argc, char** argv, Options& options) {
       options.mode = Options::Mode::Stdio;
     } else if (arg == "--profile" && next) {
       options.profile = next;
+      ++i;
+    } else if (arg == "--set" && next && std::strchr(next, '=')) {
+      options.overrides += std::string(next) + "\n";
+      ++i;
+    } else if (arg == "--stats-file" && next) {
+      options.statsFile = next;
       ++i;
     } else if (arg == "--pace") {
       options.pace = true;
@@ -114,6 +125,45 @@ bool parseArguments(int argc, char** argv, Options& options) {
   return true;
 }
 
+std::string statsText(const vq::sim::Simulator& sim) {
+  const auto& s = sim.stats();
+  const auto& d = sim.device();
+  char text[512];
+  std::snprintf(text, sizeof text,
+                "bytes_in = %llu\nbytes_out = %llu\nline_seconds = %.6f\ncommands = %llu\n"
+                "bad_packets = %llu\nrepeated_answers = %llu\npending_acks = %llu\n"
+                "garbled_bytes = %llu\nbaud_rate = %u\nbaud_fallbacks = %u\n"
+                "heartbeat_expiries = %u\naccess_privilege = %u\nheartbeat_enabled = %d\n",
+                static_cast<unsigned long long>(s.bytesIn),
+                static_cast<unsigned long long>(s.bytesOut), s.linkSeconds,
+                static_cast<unsigned long long>(s.commands),
+                static_cast<unsigned long long>(s.badPackets),
+                static_cast<unsigned long long>(s.repeatedAnswers),
+                static_cast<unsigned long long>(s.pendingAcks),
+                static_cast<unsigned long long>(s.garbledBytes), d.baudRate(), d.baudFallbacks(),
+                d.heartbeatExpiries(), d.accessPrivilege(), d.heartbeatEnabled() ? 1 : 0);
+  return text;
+}
+
+// Rewrites the statistics file when its text changed; a reader never sees half a file.
+class StatsFile {
+ public:
+  explicit StatsFile(std::string path) : path_(std::move(path)) {}
+  void update(const vq::sim::Simulator& sim) {
+    const std::string text = statsText(sim);
+    if (text == last_) return;
+    const std::string temporary = path_ + ".tmp";
+    std::ofstream out(temporary, std::ios::trunc);
+    out << text;
+    out.close();
+    if (out && std::rename(temporary.c_str(), path_.c_str()) == 0) last_ = text;
+  }
+
+ private:
+  std::string path_;
+  std::string last_;
+};
+
 void printStats(const vq::sim::Simulator& sim) {
   const auto& s = sim.stats();
   std::fprintf(stderr,
@@ -138,7 +188,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    vq::sim::Simulator sim(vq::sim::loadProfile(options.profile));
+    vq::sim::Simulator sim(vq::sim::loadProfile(options.profile, options.overrides));
     sim.faults() = options.faults;
     if (options.commandDelayMs >= 0) {
       sim.device().setCommandDelayMs(static_cast<uint32_t>(options.commandDelayMs));
@@ -148,6 +198,10 @@ int main(int argc, char** argv) {
     vq::sim::ServeOptions serveOptions;
     serveOptions.pace = options.pace;
     serveOptions.stop = &gStop;
+    StatsFile statsFile(options.statsFile);
+    if (!options.statsFile.empty()) {
+      serveOptions.afterRound = [&statsFile](const vq::sim::Simulator& s) { statsFile.update(s); };
+    }
     std::string ended;
     if (options.mode == Options::Mode::Pty) {
       vq::platform::PseudoTerminal terminal;
@@ -156,7 +210,6 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "vqcam-sim: cannot create a pseudo-terminal: %s\n", error.c_str());
         return 2;
       }
-      sim.setHostFollowsDevice(true);
       std::printf("%s\n", terminal.SlavePath().c_str());
       std::fflush(stdout);
       if (options.watchStdin) vq::sim::watchStdinForEof(gStop);
