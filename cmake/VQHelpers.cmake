@@ -17,7 +17,9 @@ endfunction()
 
 # vq_add_gtest(<name> SOURCES <files...> LIBS <targets...>): one GoogleTest
 # program whose tests are registered with ctest. Tests find the source tree
-# and the real-description folder through compile definitions.
+# and the real-description folder through compile definitions. Each program
+# gets a cache directory of its own in the build tree (XDG_CACHE_HOME), so no
+# test touches the developer's ~/.cache.
 function(vq_add_gtest name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
@@ -26,5 +28,6 @@ function(vq_add_gtest name)
     VQ_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
     VQ_BINARY_DIR="${PROJECT_BINARY_DIR}"
     VQ_GENICAM_XML_DIR="${VQ_GENICAM_XML_DIR}")
-  gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+  gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 300 ENVIRONMENT "XDG_CACHE_HOME=${PROJECT_BINARY_DIR}/test-cache/${name}")
 endfunction()

@@ -19,7 +19,9 @@ bool isIdentifierChar(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
 }
 
+// Device-ID tokens are C identifiers: not empty, not starting with a digit.
 bool isIdentifierText(const std::string& text) {
+  if (text.empty() || (text[0] >= '0' && text[0] <= '9')) return false;
   for (char c : text) {
     if (!isIdentifierChar(c)) return false;
   }
@@ -44,7 +46,6 @@ bool namesDriver(const std::vector<std::string>& tokens) {
 
 bool validShortPart(const std::vector<std::string>& tokens, size_t first) {
   if (tokens.size() <= first || tokens.size() - first > kShortTokens) return false;
-  if (tokens[first].empty()) return false;
   for (size_t i = first; i < tokens.size(); ++i) {
     if (!isIdentifierText(tokens[i])) return false;
   }
@@ -115,9 +116,10 @@ gcstring CDeviceID::GetDeviceID(bool ReplaceEnvironmentVariables) const {
 }
 
 gcstring CDeviceID::GetDriverPath(bool ReplaceEnvironmentVariables) const {
-  if (!m_HasDriver) return gcstring();
+  // Without a directory there is no path: a bare file name would let the loader pick any
+  // library of that name from its search path.
   const gcstring directory = GetDriverDirectory(ReplaceEnvironmentVariables);
-  if (directory.empty()) return GetDriverFileName();
+  if (!m_HasDriver || directory.empty()) return gcstring();
   return directory + "/" + GetDriverFileName();
 }
 

@@ -40,14 +40,15 @@ TEST_P(DeviceIDTable, SplitsIntoFields) {
   if (c.valid) {
     EXPECT_STREQ(c.text, id.GetDeviceID(false).c_str());
   }
+  vq::platform::UnsetEnv("VQ_CLP_UNSET");
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Table, DeviceIDTable,
     ::testing::Values(
-        DeviceIDCase{"FullID", "/opt/clp/Linux64_x64#libCLProtocolGenCP.so#KORVA#AreaScan#A2040M#1_4_2#KA2040M_00117",
+        DeviceIDCase{"FullID", "/opt/clp/Linux64_x64#libCLProtocolGenCP.so#KORVA#AreaScan#A2040M#_1_4_2#KA2040M_00117",
                      true, "/opt/clp/Linux64_x64", "libCLProtocolGenCP.so", "KORVA", "AreaScan",
-                     "A2040M", "1_4_2", "KA2040M_00117", "KORVA#AreaScan#A2040M#1_4_2#KA2040M_00117",
+                     "A2040M", "_1_4_2", "KA2040M_00117", "KORVA#AreaScan#A2040M#_1_4_2#KA2040M_00117",
                      "/opt/clp/Linux64_x64/libCLProtocolGenCP.so"},
         DeviceIDCase{"FullTemplateWithModel", "/d/Linux64_x64#libX.so#KORVA#LineScan#L4096", true,
                      "/d/Linux64_x64", "libX.so", "KORVA", "LineScan", "L4096", "", "",
@@ -56,11 +57,11 @@ INSTANTIATE_TEST_SUITE_P(
                      "KORVA", "", "", "", "", "KORVA", "/d/libX.so"},
         DeviceIDCase{"FullIDWithoutSerial", "/d#libX.so#Acme#Fam#Mod#Ver_2a", true, "/d", "libX.so",
                      "Acme", "Fam", "Mod", "Ver_2a", "", "Acme#Fam#Mod#Ver_2a", "/d/libX.so"},
-        DeviceIDCase{"EmptyFamily", "/d#libX.so#Acme##Mod", true, "/d", "libX.so", "Acme", "",
-                     "Mod", "", "", "Acme##Mod", "/d/libX.so"},
-        DeviceIDCase{"ShortID", "KORVA#AreaScan#A2040M#1_4_2#KA2040M_00117", true, "", "", "KORVA",
-                     "AreaScan", "A2040M", "1_4_2", "KA2040M_00117",
-                     "KORVA#AreaScan#A2040M#1_4_2#KA2040M_00117", ""},
+        DeviceIDCase{"ShortID", "KORVA#AreaScan#A2040M#_1_4_2#KA2040M_00117", true, "", "", "KORVA",
+                     "AreaScan", "A2040M", "_1_4_2", "KA2040M_00117",
+                     "KORVA#AreaScan#A2040M#_1_4_2#KA2040M_00117", ""},
+        DeviceIDCase{"NoDirectoryNoPath", "$(VQ_CLP_UNSET)#libX.so#Acme", true, "", "libX.so",
+                     "Acme", "", "", "", "", "Acme", ""},
         DeviceIDCase{"ShortTemplate", "KORVA#AreaScan", true, "", "", "KORVA", "AreaScan", "", "",
                      "", "KORVA#AreaScan", ""},
         DeviceIDCase{"ManufacturerOnly", "KORVA", true, "", "", "KORVA", "", "", "", "", "KORVA", ""},
@@ -76,6 +77,12 @@ INSTANTIATE_TEST_SUITE_P(
                      "", "", ""},
         DeviceIDCase{"DottedVersion", "/d#libX.so#Acme#Fam#Mod#1.2.3", false, "", "", "", "", "",
                      "", "", "", ""},
+        DeviceIDCase{"EmptyFamily", "/d#libX.so#Acme##Mod", false, "", "", "", "", "", "", "", "",
+                     ""},
+        DeviceIDCase{"TokenStartsWithDigit", "/d#libX.so#Acme#Fam#Mod#1_2_3", false, "", "", "",
+                     "", "", "", "", "", ""},
+        DeviceIDCase{"ShortTokenStartsWithDigit", "KORVA#2040", false, "", "", "", "", "", "", "",
+                     "", ""},
         DeviceIDCase{"OnlySeparators", "###", false, "", "", "", "", "", "", "", "", ""}),
     [](const auto& info) { return std::string(info.param.name); });
 

@@ -30,10 +30,11 @@ TEST_P(Faults, EndWithTheRightCode) {
   if (status == CL_ERR_NO_ERR && !GetParam().write) {
     EXPECT_EQ(2048u, value);
   }
-  // The link is usable again once the faults are gone (late answers still on the line are
-  // skipped as stale).
+  // The link is usable again once the faults are gone and late answers have come in (they
+  // are skipped as stale).
   sim_->faults() = vq::sim::FaultPlan{};
-  EXPECT_EQ(CL_ERR_NO_ERR, Read32(cookie, kWidthReg, value, 6000));
+  sim_->advance(6'000'000);
+  EXPECT_EQ(CL_ERR_NO_ERR, Read32(cookie, kWidthReg, value));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -116,6 +117,8 @@ TEST_F(DriverTest, LongWriteReturnsPendingAndCompletesWhenContinued) {
   EXPECT_EQ(640u, value);
 }
 
+// The device cannot abort the write it runs: the next call waits it out instead of being
+// refused as busy.
 TEST_F(DriverTest, CancelledPendingWriteLeavesTheDeviceUsable) {
   StartCamera();
   const CLUINT32 cookie = Connect();
@@ -124,7 +127,18 @@ TEST_F(DriverTest, CancelledPendingWriteLeavesTheDeviceUsable) {
   EXPECT_EQ(CL_ERR_NO_ERR, driver_.ContinueWriteRegister(serial_.get(), cookie, 0, 500));
   sim_->faults() = vq::sim::FaultPlan{};
   uint32_t value = 0;
-  EXPECT_EQ(CL_ERR_NO_ERR, Read32(cookie, kWidthReg, value, 5000));
+  EXPECT_EQ(CL_ERR_NO_ERR, Read32(cookie, kWidthReg, value));
+  EXPECT_EQ(320u, value);
+}
+
+// Waits follow the device's maximum response time, not the caller's time-out.
+TEST_F(DriverTest, SlowButPunctualDeviceIsWaitedFor) {
+  StartCamera("korva-area", "max_response_time_ms = 2000");
+  const CLUINT32 cookie = Connect();
+  sim_->faults().answerDelayMs = 1500;
+  uint32_t value = 0;
+  EXPECT_EQ(CL_ERR_NO_ERR, Read32(cookie, kWidthReg, value, 200));
+  EXPECT_EQ(2048u, value);
 }
 
 TEST_F(DriverTest, RandomLineNoiseNeverHangsAndMostCallsSucceed) {
@@ -195,6 +209,47 @@ TEST_F(BaudRates, SwitchToFastAndBackWithConfirmation) {
   ASSERT_EQ(CL_ERR_NO_ERR, SetBaud(cookie, CL_BAUDRATE_9600));
   EXPECT_EQ(CL_BAUDRATE_9600, sim_->device().baudRate());
   EXPECT_EQ(0u, sim_->device().baudFallbacks());
+}
+
+// A write of the serial bootstrap block's rate register (the description's baud-rate feature)
+// takes the change procedure: the port follows and the device gets its confirmation, also when
+// the device answers the change with a pending acknowledge.
+TEST_F(BaudRates, RegisterWriteTakesTheChangeProcedure) {
+  for (const char* overrides : {"", "baud_switch_ms = 800"}) {
+    StartCamera("korva-area", overrides);
+    const CLUINT32 cookie = Connect();
+    ASSERT_EQ(CL_ERR_NO_ERR, Write32(cookie, kCurrentBaudReg, CL_BAUDRATE_115200)) << overrides;
+    sim_->advance(1'000'000);
+    EXPECT_EQ(CL_BAUDRATE_115200, sim_->device().baudRate()) << overrides;
+    EXPECT_EQ(CL_BAUDRATE_115200, sim_->hostBaudRate()) << overrides;
+    EXPECT_EQ(0u, sim_->device().baudFallbacks()) << overrides;
+    sim_->resetStats();
+    uint32_t value = 0;
+    EXPECT_EQ(CL_ERR_NO_ERR, Read32(cookie, kCurrentBaudReg, value));
+    EXPECT_EQ(CL_BAUDRATE_115200, value);
+    EXPECT_EQ(1u, sim_->stats().commands) << "no resend needed";
+    EXPECT_EQ(CL_ERR_NO_ERR, Write32(cookie, kCurrentBaudReg, CL_BAUDRATE_9600));
+    EXPECT_EQ(CL_BAUDRATE_9600, sim_->device().baudRate());
+    EXPECT_EQ(-30002, Write32(cookie, kCurrentBaudReg, 3));  // not one rate: the device refuses
+  }
+}
+
+// A probe tries the rate that last worked, then 9600, then the port's other rates: it finds a
+// device left at another rate, also by a process that has never seen it (a fresh driver).
+TEST_F(BaudRates, ProbeFindsTheDeviceAtAnyRateThePortOffers) {
+  StartCamera();
+  const CLUINT32 cookie = Connect();
+  ASSERT_EQ(CL_ERR_NO_ERR, SetBaud(cookie, CL_BAUDRATE_57600));
+  ASSERT_EQ(CL_ERR_NO_ERR, driver_.Disconnect(cookie));
+  sim_->resetStats();
+  EXPECT_EQ(CL_ERR_NO_ERR, Probe("KORVA"));
+  EXPECT_EQ(0u, sim_->stats().garbledBytes) << "the last rate is tried first";
+  driver_.CloseLib();
+  ASSERT_EQ(CL_ERR_NO_ERR, driver_.InitLib(nullptr, CLP_LOG_ERROR));
+  std::string id;
+  EXPECT_EQ(CL_ERR_NO_ERR, Probe("KORVA", &id));
+  EXPECT_EQ(kAreaScanId, id);
+  EXPECT_EQ(CL_BAUDRATE_57600, sim_->device().baudRate());
 }
 
 TEST_F(BaudRates, AutomaxPicksTheFastestCommonRate) {

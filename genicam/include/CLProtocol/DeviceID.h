@@ -35,7 +35,8 @@ class CLPROTOCOL_DECL CDeviceID {
   // the directory are expanded when asked.
   GenICam::gcstring GetDeviceID(bool ReplaceEnvironmentVariables = true) const;
   GenICam::gcstring GetShortDeviceID() const;
-  // Directory and file name joined with '/'.
+  // Directory and file name joined with '/'; empty when the ID names no directory (never a
+  // bare file name, which a loader would look up on its search path).
   GenICam::gcstring GetDriverPath(bool ReplaceEnvironmentVariables = true) const;
 
   GenICam::gcstring GetDriverDirectory(bool ReplaceEnvironmentVariables = true) const;

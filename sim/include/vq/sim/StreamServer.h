@@ -36,7 +36,7 @@ struct ServeOptions {
   // Serving stops soon after this becomes true (may be null).
   const std::atomic<bool>* stop = nullptr;
   // Called after every round of the serving loop (may be empty).
-  std::function<void(const Simulator&)> afterRound;
+  std::function<void(Simulator&)> afterRound;
 };
 
 // Serves until `options.stop` is set or the channel ends. Returns an empty string after a
