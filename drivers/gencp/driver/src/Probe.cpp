@@ -19,9 +19,9 @@ namespace {
 
 namespace abrm = vq::gencp::abrm;
 
-// Longest wait for the first answer at a rate being tried; a device answers a register read
-// within its maximum response time, 300 ms on most.
-constexpr uint32_t kProbeResponseMs = 500;
+// Longest wait for the first answer at a rate being tried: the maximum response time GenCP
+// recommends (a bootstrap register read is among the quickest commands).
+constexpr uint32_t kProbeResponseMs = 300;
 // Heartbeat time-out written when a device refuses to switch the heartbeat off.
 constexpr uint32_t kLongestHeartbeatMs = 0xFFFFFFFFu;
 
