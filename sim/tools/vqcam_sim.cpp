@@ -212,19 +212,6 @@ class StatsFile {
   std::string last_;
 };
 
-void printStats(const vq::sim::Simulator& sim) {
-  const auto& s = sim.stats();
-  std::fprintf(stderr,
-               "vqcam-sim: %llu bytes in, %llu bytes out, %.3f s on the line, %llu commands, "
-               "%llu bad packets, %llu repeated answers, %llu pending acks\n",
-               static_cast<unsigned long long>(s.bytesIn),
-               static_cast<unsigned long long>(s.bytesOut), s.linkSeconds,
-               static_cast<unsigned long long>(s.commands),
-               static_cast<unsigned long long>(s.badPackets),
-               static_cast<unsigned long long>(s.repeatedAnswers),
-               static_cast<unsigned long long>(s.pendingAcks));
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -270,7 +257,7 @@ int main(int argc, char** argv) {
       ended = vq::sim::serve(sim, channel, serveOptions);
       if (ended == "standard input ended") ended.clear();
     }
-    if (options.stats) printStats(sim);
+    if (options.stats) std::fputs(statsText(sim).c_str(), stderr);
     if (!ended.empty()) {
       std::fprintf(stderr, "vqcam-sim: %s\n", ended.c_str());
       return 1;

@@ -27,16 +27,7 @@ TEST_P(Faults, EndWithTheRightCodeAndRecover) {
   } else {
     ASSERT_TRUE(sim_.Control(run.control));
   }
-  const std::string outcome =
-      run.write ? ErrorOf([](CLProtocol::CCLPort& p) {
-        const uint8_t bytes[4] = {0, 0, 2, 0};
-        p.Write(bytes, kWidthReg, 4);
-      })
-                : ErrorOf([](CLProtocol::CCLPort& p) {
-                    uint8_t bytes[4];
-                    p.Read(bytes, kWidthReg, 4);
-                    if (bytes[2] != 8) throw RUNTIME_EXCEPTION("wrong value %d", bytes[2]);
-                  });
+  const std::string outcome = WidthOutcome(run.write);
   EXPECT_NE(std::string::npos, outcome.find(run.expected)) << outcome;
   if (stop) {
     sim_.Resume();

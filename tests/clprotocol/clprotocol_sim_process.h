@@ -239,6 +239,18 @@ class SimProgram : public ::testing::Test {
   std::string ErrorOf(void (*call)(CLProtocol::CCLPort&)) {
     return clprotocol_test::ErrorOf(*port_, call);
   }
+  // A write of 512 to Width, or a read of Width expecting 2048: "no exception" or the error.
+  std::string WidthOutcome(bool write) {
+    return write ? ErrorOf([](CLProtocol::CCLPort& p) {
+      const uint8_t bytes[4] = {0, 0, 2, 0};
+      p.Write(bytes, 0x40108, 4);
+    })
+                 : ErrorOf([](CLProtocol::CCLPort& p) {
+                     uint8_t bytes[4];
+                     p.Read(bytes, 0x40108, 4);
+                     if (bytes[2] != 8) throw RUNTIME_EXCEPTION("read %d", bytes[2]);
+                   });
+  }
 
   SimProcess sim_;
   std::unique_ptr<TermiosAdapter> adapter_;
