@@ -40,6 +40,7 @@ struct CCLPort::Impl {
   void SetBaudRate(CLUINT32 rate);
 
  private:
+  class RateBoost;
   std::string Download(const std::string& xmlID);
   std::string Sha1Of(const std::string& xmlID);
 };

@@ -46,11 +46,13 @@ CLINT32 ReadText(Call&& call, std::string& text) {
   return status;
 }
 
+}  // namespace
+
 // Raises the line to the fastest rate device and port share, at most once, and restores the
 // rate it found.
-class RateBoost {
+class CCLPort::Impl::RateBoost {
  public:
-  explicit RateBoost(CCLPort::Impl& impl) : impl_(impl) {}
+  explicit RateBoost(Impl& impl) : impl_(impl) {}
   ~RateBoost() {
     try {
       Restore();
@@ -84,12 +86,10 @@ class RateBoost {
   }
 
  private:
-  CCLPort::Impl& impl_;
+  Impl& impl_;
   bool tried_ = false;
   CLUINT32 restore_ = 0;
 };
-
-}  // namespace
 
 std::vector<XmlIdEntry> CCLPort::Impl::CollectXmlIds() {
   std::vector<XmlIdEntry> entries;

@@ -94,9 +94,8 @@ class CLPROTOCOL_DECL CCLPort : public GenApi::IPort, public ISerial {
   CLINT32 CLPROTOCOL clGetSupportedBaudRates(CLUINT32* baudRates) override;
   CLINT32 CLPROTOCOL clSetBaudRate(CLUINT32 baudRate) override;
 
- struct Impl;  // internal
-
  private:
+  struct Impl;
   Impl* m_pImpl;
 };
 
