@@ -189,12 +189,16 @@ class SimProgram : public ::testing::Test {
  protected:
   void SetUp() override {
     unsetenv("GENICAM_CLPROTOCOL");  // the library's own location is enough
+    // Descriptions are cached where this test alone looks, however it is run.
+    cacheDir_ = ::testing::TempDir() + "clp-sim-cache-" + std::to_string(getpid());
+    setenv("XDG_CACHE_HOME", cacheDir_.c_str(), 1);
     CLProtocol::CCLPort::Terminate();
   }
   void TearDown() override {
     port_.reset();
     CLProtocol::CCLPort::Terminate();
     adapter_.reset();
+    std::filesystem::remove_all(cacheDir_);
     if (sim_.Running()) {
       EXPECT_EQ("exit 0", sim_.Stop());  // a clean end on SIGTERM
     }
@@ -252,6 +256,7 @@ class SimProgram : public ::testing::Test {
                    });
   }
 
+  std::string cacheDir_;
   SimProcess sim_;
   std::unique_ptr<TermiosAdapter> adapter_;
   GenICam::gcstring portID_;
