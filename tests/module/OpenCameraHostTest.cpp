@@ -3,6 +3,7 @@
 // (in this process, or the vqcam-sim program behind a pseudo-terminal), and
 // command 25 runs the whole road to a feature tree and a category table.
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <memory>
 #include <regex>
@@ -225,6 +226,26 @@ TEST_F(OpenOutcome, DescriptionThatCannotBuildATreeIsClosed) {
   // The camera object is usable afterwards.
   EXPECT_EQ(host_.Open(0, 0, 0, &status), 1);
   EXPECT_EQ(status, 0u);
+}
+
+TEST_F(OpenOutcome, ManyOpenCloseCyclesLeaveNothingBehind) {
+  auto heapInUse = [] { return mallinfo2().uordblks; };
+  auto cycle = [&] {
+    std::uint32_t status = 9;
+    ASSERT_EQ(host_.Open(0, 0, 0, &status), 1);
+    ASSERT_EQ(status, 0u);
+    ASSERT_EQ(host_.Close(), 1);
+  };
+  for (int i = 0; i < 10; ++i) cycle();
+  const std::size_t settled = heapInUse();
+  for (int i = 0; i < 200; ++i) cycle();
+  EXPECT_TRUE(host_.messages.empty());
+#if !defined(__SANITIZE_ADDRESS__)
+  // Under AddressSanitizer the leak check at exit does this job.
+  EXPECT_LT(heapInUse(), settled + 256 * 1024) << "the heap grows with every open";
+#else
+  (void)settled;
+#endif
 }
 
 }  // namespace

@@ -82,8 +82,10 @@ std::int32_t SerialDeviceLink::SetBaudRate(std::uint32_t baudRateBit) {
   return rate != 0 && port_.SetBaudRate(rate) ? CL_ERR_NO_ERR : CL_ERR_BAUD_RATE_NOT_SUPPORTED;
 }
 
+VQ_Ext* CreateModuleExtension() { return Factory()(); }
+
 TestHost::TestHost() {
-  extension_ = Factory()();
+  extension_ = CreateModuleExtension();
   if (extension_ == nullptr) throw std::runtime_error("CreateExtension returned null");
   extension_->SetHostCallback(&TestHost::Callback, reinterpret_cast<HostContext>(this));
   extension_->InitializeCamera(nullptr, nullptr, nullptr, ParameterRecordList());

@@ -113,6 +113,9 @@ class TestHost {
   std::map<std::uint32_t, CameraLink*> links_;
 };
 
+// A new extension object from the loaded module, without callback or camera.
+VQ_Ext* CreateModuleExtension();
+
 // The KORVA area-scan example's profile from the source tree.
 sim::Profile KorvaAreaProfile();
 // A profile serving any description text (registers zero-filled), with the
