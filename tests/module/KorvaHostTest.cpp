@@ -287,5 +287,63 @@ TEST_F(KorvaHost, EveryAttributeOfEveryParameterAtEveryLevel) {
   EXPECT_TRUE(camera.host.messages.empty());
 }
 
+// A write of each value kind, and the parameters the host is told changed
+// while its own call was running.
+struct KorvaWrite {
+  const char* parameter;  // display name
+  const char* text;
+  std::int32_t result;
+  const char* valueText;  // read back; "" for none
+  std::vector<const char*> notified;  // display names among the code-9 notices
+  std::uint32_t level;    // of the one message, 9 for none
+};
+
+TEST_F(KorvaHost, WritesOfEveryKindNotifyTheirDependents) {
+  ASSERT_EQ(camera.SetLevel("Invisible"), 1);
+  const KorvaWrite rows[] = {
+      {"Width", "1024", 1, "1024", {"Width", "Offset X"}, 9},
+      {"Offset X", "64", 1, "64", {"Offset X", "Width Max"}, 9},
+      {"Binning Horizontal", "2", 1, "2", {"Binning Horizontal", "Width Max"}, 9},
+      {"Width", "1000", 0, "1024", {}, 3},  // not a multiple of the increment
+      {"Gain", "2.5", 1, "2.500", {"Gain"}, 9},
+      {"Pixel Format", "17825795", 1, "17825795", {"Pixel Format"}, 9},  // Mono10
+      {"Reverse X", "1", 1, "1", {"Reverse X"}, 9},
+      {"User ID", "line 3 camera", 1, "line 3 camera", {"User ID"}, 9},
+      {"Acquisition Stop", "1", 1, "", {}, 9},  // a command that completes later
+      {"Scan Type", "1", 0, "0", {}, 3},        // read-only
+  };
+  for (const KorvaWrite& row : rows) {
+    SCOPED_TRACE(row.parameter);
+    const std::uint32_t index = camera.Index(row.parameter);
+    camera.host.ClearRecords();
+    EXPECT_EQ(camera.Ext().SetParameterValue(index, row.text), row.result);
+    const std::vector<std::uint32_t> notices = camera.host.notices;
+    for (const char* dependent : row.notified) {
+      const std::uint32_t expected = camera.Index(dependent);
+      EXPECT_NE(std::find(notices.begin(), notices.end(), expected), notices.end()) << dependent;
+    }
+    ASSERT_EQ(camera.host.messages.size(), row.level == 9 ? 0u : 1u) << (camera.host.messages.empty() ? "" : camera.host.messages[0].text);
+    if (row.level != 9) {
+      EXPECT_EQ(camera.host.messages[0].level, row.level);
+    }
+    EXPECT_EQ(camera.Text(index, PARAM_VALUE_TEXT), row.valueText);
+  }
+  EXPECT_EQ(camera.Register(0x40110, 4), 64u);  // OffsetX's register
+}
+
+TEST_F(KorvaHost, ButtonsExecuteTheirCommands) {
+  ASSERT_EQ(camera.SetLevel("Guru"), 1);
+  for (const char* button : {"User Set Load", "Acquisition Start", "Device Reset"}) {
+    camera.host.ClearRecords();
+    const std::uint32_t index = camera.Index(button);
+    EXPECT_EQ(camera.Word<std::uint32_t>(index, PARAM_VALUE_KIND), VALUE_KIND_BUTTON);
+    EXPECT_EQ(camera.Ext().SetParameterValue(index, "1"), 0) << button;
+    EXPECT_EQ(camera.Ext().PressParameterButton(nullptr, index), 1) << button;
+    EXPECT_EQ(camera.host.MessagesOfLevel(MESSAGE_INFORMATION),
+              std::vector<std::string>{std::string(button) + " button was clicked."});
+  }
+  EXPECT_GE(camera.Simulator().stats().commands, 3u);
+}
+
 }  // namespace
 }  // namespace vq::test
