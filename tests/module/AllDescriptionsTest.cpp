@@ -5,7 +5,6 @@
 // visibility queries may leave the call, as they do for any host).
 #include <gtest/gtest.h>
 
-#include <GenApi/GenApi.h>
 #include <GenICam.h>
 
 #include <algorithm>
@@ -16,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "support/ComputedRegisters.h"
 #include "support/HostCamera.h"
 
 namespace vq::test {
@@ -36,54 +36,6 @@ std::string ReadFile(const std::string& path) {
   std::ostringstream text;
   text << stream.rdbuf();
   return text.str();
-}
-
-// A port over the simulated camera's register image that answers zeros where
-// the image has no register and remembers every range read.
-class RecordingPort : public GenApi::IPort {
- public:
-  explicit RecordingPort(const sim::RegisterSpace& image) : image_(image) {}
-  GenApi::EAccessMode GetAccessMode() const override { return GenApi::RW; }
-  void Read(void* buffer, int64_t address, int64_t length) override {
-    ranges.emplace_back(address, length);
-    auto* bytes = static_cast<std::uint8_t*>(buffer);
-    for (int64_t i = 0; i < length; ++i) {
-      std::vector<std::uint8_t> byte;
-      bytes[i] = image_.peek(std::uint64_t(address + i), 1, byte) ? byte[0] : 0;
-    }
-  }
-  void Write(const void*, int64_t, int64_t) override {}
-  std::vector<std::pair<int64_t, int64_t>> ranges;
-
- private:
-  const sim::RegisterSpace& image_;
-};
-
-// The simulator serves registers at fixed addresses only. Registers whose
-// address a formula computes are found by reading every node of the
-// description once over the same image, and added to it zero-filled.
-void CoverComputedRegisters(const std::string& text, sim::Simulator& simulator) {
-  GenApi::CNodeMapRef map("Device");
-  map._LoadXMLFromString(text.c_str());
-  RecordingPort port(simulator.device().registers());
-  map._Connect(&port, "Device");
-  GenApi::NodeList_t nodes;
-  map._GetNodes(nodes);
-  for (GenApi::INode* node : nodes) {
-    try {
-      if (!GenApi::IsReadable(node->GetAccessMode())) continue;
-      if (auto* value = dynamic_cast<GenApi::IValue*>(node)) value->ToString();
-      if (auto* integer = dynamic_cast<GenApi::IInteger*>(node)) integer->GetMax();
-      if (auto* number = dynamic_cast<GenApi::IFloat*>(node)) number->GetMax();
-    } catch (const GenICam::GenericException&) {
-    }
-  }
-  sim::RegisterSpace& image = simulator.device().registers();
-  for (const auto& range : port.ranges) {
-    if (range.second > 0 && range.second <= (1 << 20) && !image.covers(range.first, range.second)) {
-      image.add(std::uint64_t(range.first), std::uint64_t(range.second), sim::Access::RW);
-    }
-  }
 }
 
 // Asks every attribute of one parameter; returns how many calls threw.
