@@ -6,15 +6,13 @@
 //    text, the second split by whether the register read allows caching.
 #include <benchmark/benchmark.h>
 
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "LargestDescription.h"
 #include "support/ComputedRegisters.h"
 #include "support/TestHost.h"
 #include "vq/gencp/Constants.h"
@@ -25,28 +23,6 @@
 namespace {
 
 using vq::test::CameraLink;
-
-std::string LargestDescriptionPath() {
-  std::error_code error;
-  std::filesystem::path best;
-  std::uintmax_t bestSize = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(VQ_GENICAM_XML_DIR, error)) {
-    if (entry.path().extension() != ".xml") continue;
-    const auto size = entry.file_size(error);
-    if (!error && size > bestSize) {
-      bestSize = size;
-      best = entry.path();
-    }
-  }
-  return best.string();
-}
-
-std::string ReadFile(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  std::ostringstream text;
-  text << stream.rdbuf();
-  return text.str();
-}
 
 // Passes everything to the camera and notes the address of every register
 // read the host sends.
@@ -78,7 +54,7 @@ class ReadLoggingLink : public CameraLink {
 
 // One opened camera for the whole program.
 struct Fixture {
-  std::string text = ReadFile(LargestDescriptionPath());
+  std::string text = vq_bench::LargestDescription();
   vq::test::SimulatedLink camera{vq::test::ProfileForDescription(text, "A2040M")};
   ReadLoggingLink link{camera};
   std::unique_ptr<vq::test::TestHost> host;

@@ -8,6 +8,7 @@
 #include "features/BoundedText.h"
 #include "features/FeatureInfoRecord.h"
 #include "features/NumberConversion.h"
+#include "features/RawBytes.h"
 
 namespace vq {
 
@@ -15,11 +16,6 @@ namespace {
 
 constexpr std::uint32_t kLastAttribute = PARAM_DECIMALS;
 constexpr std::uint32_t kWordSize = 4;
-
-template <typename T>
-void Store(void* buffer, const T& value) {
-  std::memcpy(buffer, &value, sizeof value);
-}
 
 // Texts: refused when the size is below the text's length; a size equal to
 // it gives the text cut by one. Sizes below 1 are refused too, since the last
@@ -43,11 +39,11 @@ std::int32_t CopyEntryList(const FeatureInfoRecord& record, void* buffer, std::i
   for (std::size_t i = 0; i < record.EntryList.size(); ++i) {
     unsigned char* block = blocks + i * sizeof(EntryBlock);
     const ListEntry& entry = record.EntryList[i];
-    Store(block + offsetof(EntryBlock, value), entry.value);
+    StoreRaw(block + offsetof(EntryBlock, value), entry.value);
     CopyText(reinterpret_cast<char*>(block + offsetof(EntryBlock, name)),
              sizeof(EntryBlock::name), entry.name);
-    Store(block + offsetof(EntryBlock, reserved1), std::uint32_t{0});
-    Store(block + offsetof(EntryBlock, reserved2), std::uint32_t{0});
+    StoreRaw(block + offsetof(EntryBlock, reserved1), std::uint32_t{0});
+    StoreRaw(block + offsetof(EntryBlock, reserved2), std::uint32_t{0});
   }
   return 1;
 }
@@ -61,7 +57,7 @@ std::int32_t CopyWord(const T& value, void* buffer, std::int32_t size, bool exac
   const auto unsignedSize = static_cast<std::uint32_t>(size);
   if (buffer == nullptr) return 0;
   if (exactly ? unsignedSize != kWordSize : unsignedSize < kWordSize) return 0;
-  Store(buffer, value);
+  StoreRaw(buffer, value);
   return 1;
 }
 
@@ -94,7 +90,7 @@ std::int32_t CopyAttribute(const FeatureInfoRecord& record, std::uint32_t code, 
       return CopyWord(record.ValueKind, buffer, size, kExactly);
     case PARAM_CONSTANT_FOUR:
       if (buffer == nullptr) return 0;
-      Store(buffer, std::uint32_t{4});  // whatever the size
+      StoreRaw(buffer, std::uint32_t{4});  // whatever the size
       return 1;
     case PARAM_IDENTIFIER:
       return CopyWord(record.Identifier, buffer, size, kExactly);

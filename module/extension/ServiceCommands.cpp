@@ -5,6 +5,7 @@
 
 #include "camera/GenericCamera.h"
 #include "features/FeatureInfoRecord.h"
+#include "features/RawBytes.h"
 #include "vq/VQ_Ext.h"
 
 namespace vq {
@@ -13,21 +14,9 @@ namespace {
 
 constexpr std::uint32_t kParameterTextsQuerySize = sizeof(ParameterTextsQuery);
 
-template <typename T>
-void Store(void* data, const T& value) {
-  std::memcpy(data, &value, sizeof value);
-}
-
-template <typename T>
-T Load(const void* data) {
-  T value;
-  std::memcpy(&value, data, sizeof value);
-  return value;
-}
-
 std::int32_t QueryParameterTexts(GenericCamera& camera, void* data, std::uint32_t size) {
   if (size < kParameterTextsQuerySize) return 0;
-  const auto query = Load<ParameterTextsQuery>(data);
+  const auto query = LoadRaw<ParameterTextsQuery>(data);
   if (query.texts == nullptr) return 0;
   return camera.AppendParameterTexts(query.parameterIndex, *query.texts);
 }
@@ -73,10 +62,10 @@ std::int32_t QueryServiceCommand(GenericCamera* camera, std::uint32_t id, void* 
   if (data == nullptr) return 0;
   switch (id) {
     case CMD_MAX_BAUD_RATE:
-      Store(data, camera->GetMaxCommonBaudRate());
+      StoreRaw(data, camera->GetMaxCommonBaudRate());
       return 1;
     case CMD_CURRENT_BAUD_RATE:
-      Store(data, camera->GetCurrentBaudRate());
+      StoreRaw(data, camera->GetCurrentBaudRate());
       return 1;
     case CMD_VISIBILITY_LEVEL:
       if (size < VISIBILITY_LEVEL_DATA_SIZE) return 0;
@@ -104,7 +93,7 @@ std::int32_t ExecuteServiceCommand(GenericCamera* camera, std::uint32_t id, void
     case CMD_REFRESH_PARAMETER:
       return camera->RefreshCameraParameter(static_cast<const char*>(data));
     case CMD_SET_BAUD_RATE:
-      return camera->SetBaudRate(Load<std::uint32_t>(data));
+      return camera->SetBaudRate(LoadRaw<std::uint32_t>(data));
     case CMD_VISIBILITY_LEVEL:
       return SetVisibilityLevel(*camera, data, size);
     default:

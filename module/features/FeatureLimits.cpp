@@ -6,13 +6,12 @@
 
 #include "features/GenericFeature.h"
 #include "features/NumberConversion.h"
+#include "features/RawBytes.h"
 #include "features/TypedFeatures.h"
 
 namespace vq {
 
 namespace {
-
-void StoreFloat(void* buffer, float value) { std::memcpy(buffer, &value, sizeof value); }
 
 void Fill(void* buffer, std::uint32_t size, unsigned char byte) {
   if (buffer != nullptr) std::memset(buffer, byte, size);
@@ -85,7 +84,7 @@ std::int32_t GenericFeature::GetMax(void* buffer, std::uint32_t size) {
     // A "Length" that holds no number leaves the maximum at 0.
     std::uint32_t length = 0;
     const std::int32_t result = text.GetMaxLength(length);
-    StoreFloat(buffer, static_cast<float>(length));
+    StoreRaw(buffer, static_cast<float>(length));
     return result;
   }
   Fill(buffer, size, 0xFF);
@@ -109,7 +108,7 @@ std::optional<std::int32_t> GenericFeature::NumericLimit(void* buffer, IntegerLi
     float value = 0;
     const std::int32_t result = (integer.*integerLimit)(value);
     lastError_ = integer.LastError();
-    if (result) StoreFloat(buffer, value);
+    if (result) StoreRaw(buffer, value);
     return result;
   }
   if (floatLimit != nullptr && NodeAs<GenApi::IFloat>(node_)) {
@@ -117,7 +116,7 @@ std::optional<std::int32_t> GenericFeature::NumericLimit(void* buffer, IntegerLi
     double value = 0;
     const std::int32_t result = (number.*floatLimit)(value);
     lastError_ = number.LastError();
-    if (result) StoreFloat(buffer, NarrowToFloat(value));
+    if (result) StoreRaw(buffer, NarrowToFloat(value));
     return result;
   }
   return std::nullopt;

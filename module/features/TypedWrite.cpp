@@ -6,6 +6,7 @@
 #include "features/CommandCompletion.h"
 #include "features/GenericFeature.h"
 #include "features/NumberConversion.h"
+#include "features/RawBytes.h"
 #include "features/TypedFeatures.h"
 #include "vq/platform/sleep.h"
 
@@ -15,13 +16,6 @@ namespace {
 
 constexpr bool kVerify = true;
 constexpr std::uint32_t kWordSize = 4;
-
-template <typename T>
-T Load(const void* buffer) {
-  T value;
-  std::memcpy(&value, buffer, sizeof value);
-  return value;
-}
 
 }  // namespace
 
@@ -88,16 +82,16 @@ std::int32_t GenericFeature::SetValue(void* buffer, std::uint32_t size) {
   std::int32_t result = 0;
   if (NodeAs<GenApi::IInteger>(node_)) {
     IntegerFeature integer(node_);
-    result = integer.SetValue(Load<double>(buffer), kVerify);
+    result = integer.SetValue(LoadRaw<double>(buffer), kVerify);
     lastError_ = integer.LastError();
   } else if (NodeAs<GenApi::IBoolean>(node_)) {
     if (size != kWordSize) return 0;
     BooleanFeature boolean(node_);
-    result = boolean.SetValue(Load<std::uint32_t>(buffer), kVerify);
+    result = boolean.SetValue(LoadRaw<std::uint32_t>(buffer), kVerify);
     lastError_ = boolean.LastError();
   } else if (NodeAs<GenApi::IFloat>(node_)) {
     FloatFeature number(node_);
-    result = number.SetValue(Load<double>(buffer), kVerify);
+    result = number.SetValue(LoadRaw<double>(buffer), kVerify);
     lastError_ = number.LastError();
   } else if (NodeAs<GenApi::IString>(node_)) {
     StringFeature text(node_);
@@ -106,7 +100,7 @@ std::int32_t GenericFeature::SetValue(void* buffer, std::uint32_t size) {
   } else if (NodeAs<GenApi::IEnumeration>(node_)) {
     if (size != kWordSize) return 0;
     EnumerationFeature enumeration(node_);
-    result = enumeration.SetIntValue(Load<std::uint32_t>(buffer), kVerify);
+    result = enumeration.SetIntValue(LoadRaw<std::uint32_t>(buffer), kVerify);
     lastError_ = enumeration.LastError();
   } else if (NodeAs<GenApi::ICommand>(node_)) {
     result = ExecuteAndAwait(node_, lastError_);

@@ -64,11 +64,7 @@ const std::string kFeatures = Description(
 class FeatureValueAccess : public ::testing::Test {
  protected:
   LoadedNodeMap map{kFeatures};
-  GenericFeature Feature(const char* name) {
-    GenApi::INode* node = map.Node(name);
-    EXPECT_NE(node, nullptr) << name;
-    return GenericFeature(node);
-  }
+  GenericFeature Feature(const char* name) { return map.Feature(name); }
   EnumerationFeature Bound(const char* name) {
     EnumerationFeature enumeration;
     EXPECT_EQ(Feature(name).AsEnumeration(enumeration), 1) << name;

@@ -51,11 +51,7 @@ const std::string kFeatures = Description(
 class GenericFeatureTest : public ::testing::Test {
  protected:
   LoadedNodeMap map{kFeatures};
-  GenericFeature Feature(const char* name) {
-    GenApi::INode* node = map.Node(name);
-    EXPECT_NE(node, nullptr) << name;
-    return GenericFeature(node);
-  }
+  GenericFeature Feature(const char* name) { return map.Feature(name); }
 };
 
 struct TypeRow {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "support/DescriptionText.h"
 #include "support/HostCamera.h"
 
 namespace vq::test {
@@ -22,13 +23,7 @@ std::string Reg(const char* name, int address, int length, const char* access = 
 const std::string kLongLabel(600, 'x');
 
 std::string EdgeDescription() {
-  return R"(<?xml version="1.0" encoding="utf-8"?>
-<RegisterDescription ModelName="EdgeCam" VendorName="VQ" ToolTip="edge cases"
-  StandardNameSpace="None" SchemaMajorVersion="1" SchemaMinorVersion="1"
-  SchemaSubMinorVersion="0" MajorVersion="1" MinorVersion="0" SubMinorVersion="0"
-  ProductGuid="11111111-2222-3333-4444-555555555555"
-  VersionGuid="11111111-2222-3333-4444-777777777777"
-  xmlns="http://www.genicam.org/GenApi/Version_1_1">
+  return Description(R"(
   <Category Name="Root"><pFeature>Acquisition</pFeature><pFeature>Loose</pFeature></Category>
   <Category Name="Acquisition">
     <pFeature>Big</pFeature><pFeature>TwoTo32</pFeature><pFeature>Minus</pFeature>
@@ -64,10 +59,7 @@ std::string EdgeDescription() {
   <Integer Name="Hidden"><Visibility>Invisible</Visibility><Value>1</Value></Integer>
 )" + Reg("CountReg", 0x40000, 4) +
          Reg("OddReg", 0x40008, 8) + Reg("FlagReg", 0x40010, 4) + Reg("PressReg", 0x40014, 4) +
-         Reg("Fixed", 0x4001C, 4, "RO") + Reg("NoneLeftReg", 0x40020, 4) + R"(
-  <Port Name="Device"/>
-</RegisterDescription>
-)";
+         Reg("Fixed", 0x4001C, 4, "RO") + Reg("NoneLeftReg", 0x40020, 4));
 }
 
 class EdgeCamera : public ::testing::Test {
