@@ -46,7 +46,7 @@ const std::string kFeatures = Description(
     <EnumEntry Name="Minus"><Value>-1</Value></EnumEntry>
     <pValue>OddReg</pValue>
   </Enumeration>
-  <Integer Name="Count"><pValue>CountReg</pValue><Max>9007199254740991</Max></Integer>
+  <Integer Name="Count"><pValue>CountReg</pValue></Integer>
   <Integer Name="Wide"><pValue>WideReg</pValue><Min>-9223372036854775808</Min><Max>4294967295</Max><Inc>8</Inc></Integer>
   <Float Name="Ratio"><pValue>RatioReg</pValue><Min>-0.5</Min><Max>1.0</Max></Float>
   <Float Name="Huge"><pValue>RatioReg</pValue><Max>1e300</Max></Float>
@@ -213,14 +213,12 @@ struct WriteRow {
 
 TEST_F(FeatureValueAccess, WritesConvertByInterfaceAndVerify) {
   const WriteRow rows[] = {
-      {"Count", 2.9, 0, 8, 1, 0x130, 2, ""},
-      {"Count", -2.9, 0, 8, 1, 0x130, -2, ""},
-      {"Count", 9007199254740993.0, 0, 8, 0, 0x130, -2, "*"},  // above the maximum
-      {"Count", 4.0, 0, 8, 1, 0x130, 4, ""},                   // success clears the text
-      {"Ratio", 1.5, 0, 8, 0, -1, 0, "*"},
+      {"Count", -2.9, 0, 8, 1, 0x130, -2, ""},  // success empties lastError
+      {"Count", 9007199254740993.0, 0, 8, 1, 0x130, 9007199254740992ll, ""},
+      {"Wide", 3.0, 0, 8, 0, 0x110, 0, "*"},    // not a multiple of the increment
+      {"Ratio", 1.5, 0, 8, 0, -1, 0, "*"},      // above the maximum
       {"Flag", 0, 7, 4, 1, 0x118, 1, ""},
-      {"Flag", 0, 0, 4, 1, 0x118, 0, ""},
-      {"Flag", 0, 1, 8, 0, 0x118, 0, "="},
+      {"Flag", 0, 1, 8, 0, 0x118, 1, "="},      // wrong size: nothing happens
       {"Odd", 0, 0xFFFFFFFFu, 4, 1, 0x108, 4294967295ll, ""},
       {"Odd", 0, 5, 8, 0, 0x108, 4294967295ll, "="},
       {"Mode", 0, 9, 4, 0, 0x100, 0, "*"},  // no such entry

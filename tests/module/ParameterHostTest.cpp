@@ -13,13 +13,6 @@
 namespace vq::test {
 namespace {
 
-std::string Reg(const char* name, int address, int length, const char* access = "RW") {
-  return std::string("<IntReg Name=\"") + name + "\"><Address>" + std::to_string(address) +
-         "</Address><Length>" + std::to_string(length) + "</Length><AccessMode>" + access +
-         "</AccessMode><pPort>Device</pPort><Sign>Unsigned</Sign>"
-         "<Endianess>BigEndian</Endianess></IntReg>\n";
-}
-
 const std::string kLongLabel(600, 'x');
 
 std::string EdgeDescription() {
@@ -57,9 +50,9 @@ std::string EdgeDescription() {
   <Integer Name="Missing"><pIsAvailable>Off</pIsAvailable><Value>1</Value></Integer>
   <Register Name="Blob"><Address>0x40018</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></Register>
   <Integer Name="Hidden"><Visibility>Invisible</Visibility><Value>1</Value></Integer>
-)" + Reg("CountReg", 0x40000, 4) +
-         Reg("OddReg", 0x40008, 8) + Reg("FlagReg", 0x40010, 4) + Reg("PressReg", 0x40014, 4) +
-         Reg("Fixed", 0x4001C, 4, "RO") + Reg("NoneLeftReg", 0x40020, 4));
+)" + IntRegNode("CountReg", 0x40000, 4) +
+         IntRegNode("OddReg", 0x40008, 8) + IntRegNode("FlagReg", 0x40010, 4) + IntRegNode("PressReg", 0x40014, 4) +
+         IntRegNode("Fixed", 0x4001C, 4, "RO") + IntRegNode("NoneLeftReg", 0x40020, 4));
 }
 
 class EdgeCamera : public ::testing::Test {
@@ -311,7 +304,7 @@ TEST_F(EdgeCamera, WritesConvertTheHostsText) {
       {"Flag", "7", 1, "1", 9},
       {"Flag", "0", 1, "0", 9},
       {"Flag", "True", 0, "0", 0},
-      {"Label", "hello", 1, "hello", 9},
+      {"Label", "twenty characters ok", 1, "twenty characters ok", 9},  // written whole
       {"Blob", "5", 1, "", 9},             // a plain register: nothing to write
       {"Missing", "3", 0, "Not Available", 3},
       {"Press", "1", 0, "Press...", 9},    // buttons only through PressParameterButton
@@ -336,6 +329,30 @@ TEST_F(EdgeCamera, WritesConvertTheHostsText) {
   EXPECT_EQ(camera.Register(0x40000, 4), 7u);
   EXPECT_EQ(camera.Register(0x40008, 8), 0xFFFFFFFFu);
   EXPECT_EQ(Ext().SetParameterValue(Index("Count"), nullptr), 0);
+}
+
+TEST_F(EdgeCamera, ServicesOfACameraWithoutTheirFeatures) {
+  char text[64];
+  std::memset(text, '#', sizeof text);
+  EXPECT_EQ(Ext().QueryCommand(CMD_MODEL_NAME, text, sizeof text), 1);  // no DeviceModelName
+  EXPECT_EQ(text[0], '#');
+  EXPECT_EQ(Ext().QueryCommand(CMD_CAN_SAVE_CONFIGURATION, text, sizeof text), 0);
+  EXPECT_EQ(Ext().ExecuteCommand(CMD_SAVE_CONFIGURATION, nullptr, 0), 0);
+  EXPECT_EQ(camera.host.MessagesOfLevel(MESSAGE_FAILURE),
+            std::vector<std::string>{"Unable to save camera configuration"});
+  std::uint32_t rate = 0;
+  EXPECT_EQ(Ext().QueryCommand(CMD_MAX_BAUD_RATE, &rate, 4), 1);
+  EXPECT_EQ(rate, 1u);
+  EXPECT_EQ(Ext().QueryCommand(CMD_CURRENT_BAUD_RATE, &rate, 4), 1);
+  EXPECT_EQ(rate, 1u);
+  rate = 1;
+  EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, &rate, 4), 0);
+  // Texts of a parameter without description or tool tip: the name only, result 0.
+  std::vector<ParameterTextItem> texts;
+  ParameterTextsQuery query{Index("Fixed"), 0, &texts};
+  EXPECT_EQ(Ext().QueryCommand(CMD_PARAMETER_TEXTS, &query, sizeof query), 0);
+  ASSERT_EQ(texts.size(), 1u);
+  EXPECT_EQ(texts[0].text, "Fixed\r");
 }
 
 TEST_F(EdgeCamera, PressingAButtonSaysSoAndExecutesIt) {

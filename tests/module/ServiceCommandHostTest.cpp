@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "SimProcess.h"
+#include "support/DescriptionText.h"
 #include "support/HostCamera.h"
 
 namespace vq::test {
@@ -211,6 +212,76 @@ TEST(BaudRateOverPty, NegotiatedSwitchedAndReadBack) {
   EXPECT_EQ(ext.QueryCommand(CMD_MODEL_NAME, model, sizeof model), 1);
   EXPECT_STREQ(model, "A2040M");
   EXPECT_TRUE(host.messages.empty());
+}
+
+// A frame grabber whose port offers the rates of `mask`.
+class MaskedLink : public CameraLink {
+ public:
+  explicit MaskedLink(CameraLink& camera) : camera_(camera) {}
+  std::int32_t Read(void* buffer, std::uint32_t& count, std::uint32_t timeout) override {
+    return camera_.Read(buffer, count, timeout);
+  }
+  std::int32_t Write(const void* buffer, std::uint32_t& count, std::uint32_t timeout) override {
+    return camera_.Write(buffer, count, timeout);
+  }
+  std::uint32_t SupportedBaudRates() override { return mask; }
+  std::int32_t SetBaudRate(std::uint32_t bit) override { return camera_.SetBaudRate(bit); }
+  std::uint32_t mask = 0xFF;
+
+ private:
+  CameraLink& camera_;
+};
+
+// Entry names in any letter case, one name outside the table; the rate lives
+// in a plain register here, so no line actually switches.
+TEST(BaudRateEntries, NamesIgnoreCaseAndUnknownNamesCountAsNoRate) {
+  HostCamera camera(ProfileForDescription(Description(R"(
+  <Category Name="Root"><pFeature>Serial</pFeature></Category>
+  <Category Name="Serial"><pFeature>DeviceSerialPortBaudRate</pFeature></Category>
+  <Enumeration Name="DeviceSerialPortBaudRate">
+    <EnumEntry Name="baud9600"><Value>1</Value></EnumEntry>
+    <EnumEntry Name="Turbo"><Value>64</Value></EnumEntry>
+    <EnumEntry Name="BAUD115200"><Value>16</Value></EnumEntry>
+    <pValue>RateReg</pValue>
+  </Enumeration>
+)" + IntRegNode("RateReg", 0x40000, 4)),
+                                          kKorvaModel));
+  MaskedLink port(camera.Link());
+  camera.host.Attach(0, &port);
+  ASSERT_TRUE(camera.Open());
+  VQ_Ext& ext = camera.Ext();
+  for (const auto& row : {std::pair<std::uint32_t, std::uint32_t>{17, 16}, {0, 1}, {0xFF, 16},
+                          {0x41, 1}}) {
+    port.mask = row.first;
+    EXPECT_EQ(QueryWord(ext, CMD_MAX_BAUD_RATE), row.second) << row.first;
+  }
+  const struct {
+    std::uint32_t bit;
+    std::int32_t result;
+    std::uint32_t current;  // register and query 32 afterwards
+    std::uint32_t queried;
+  } rows[] = {
+      {16, 1, 16, 16},
+      {128, 0, 16, 16},  // no entry for it: nothing written
+      {1, 1, 1, 1},
+      {0, 1, 64, 0},     // bit 0 is the name outside the table, which reads as 0
+  };
+  for (const auto& row : rows) {
+    std::uint32_t bit = row.bit;
+    EXPECT_EQ(ext.ExecuteCommand(CMD_SET_BAUD_RATE, &bit, sizeof bit), row.result) << row.bit;
+    EXPECT_EQ(camera.Register(0x40000, 4), row.current) << row.bit;
+    EXPECT_EQ(QueryWord(ext, CMD_CURRENT_BAUD_RATE), row.queried) << row.bit;
+  }
+}
+
+TEST(HelpFile, UnnamedModelGivesOnlyTheExtension) {
+  std::string text = Description(R"(
+  <Category Name="Root"><pFeature>Value</pFeature></Category>
+  <Integer Name="Value"><Value>1</Value></Integer>)");
+  text.replace(text.find("ModelName=\"ModuleTest\""), 22, "ModelName=\"\"");
+  HostCamera camera(ProfileForDescription(text, kKorvaModel));
+  ASSERT_TRUE(camera.Open());
+  EXPECT_EQ(QueryText(camera.Ext(), CMD_HELP_FILE_NAME, 64), ".chm");
 }
 
 // Every operation while the camera exists but no camera is open.

@@ -21,4 +21,13 @@ inline std::string Description(const std::string& nodes) {
 )";
 }
 
+// An unsigned big-endian integer register of the port "Device".
+inline std::string IntRegNode(const char* name, int address, int length,
+                              const char* access = "RW") {
+  return std::string("<IntReg Name=\"") + name + "\"><Address>" + std::to_string(address) +
+         "</Address><Length>" + std::to_string(length) + "</Length><AccessMode>" + access +
+         "</AccessMode><pPort>Device</pPort><Sign>Unsigned</Sign>"
+         "<Endianess>BigEndian</Endianess></IntReg>\n";
+}
+
 }  // namespace vq::test

@@ -34,6 +34,7 @@ class HostCamera {
   }
 
   VQ_Ext& Ext() { return host.Extension(); }
+  SimulatedLink& Link() { return camera_; }
   sim::Simulator& Simulator() { return camera_.simulator(); }
 
   std::int32_t SetLevel(const char* name) {
