@@ -32,7 +32,8 @@ std::int32_t CopyAttributeText(const char* text, void* buffer, std::int32_t size
 
 // The choices, one 1548-byte block each, back to back.
 std::int32_t CopyEntryList(const FeatureInfoRecord& record, void* buffer, std::int32_t size) {
-  const std::int64_t needed = static_cast<std::int64_t>(record.EntryCount) * sizeof(EntryBlock);
+  const std::int64_t needed =
+      std::int64_t{record.EntryCount} * static_cast<std::int64_t>(sizeof(EntryBlock));
   if (size < needed) return 0;
   if (needed > 0 && buffer == nullptr) return 0;
   auto* blocks = static_cast<unsigned char*>(buffer);
@@ -48,8 +49,6 @@ std::int32_t CopyEntryList(const FeatureInfoRecord& record, void* buffer, std::i
   return 1;
 }
 
-// Every attribute refuses a null buffer it would have to write into.
-
 // A 32-bit field; exactly says whether the size must be 4 or at least 4
 // (compared as unsigned).
 template <typename T>
@@ -61,6 +60,8 @@ std::int32_t CopyWord(const T& value, void* buffer, std::int32_t size, bool exac
   return 1;
 }
 
+// One attribute by the size rule of its code. Every attribute refuses a null
+// buffer it would have to write into.
 std::int32_t CopyAttribute(const FeatureInfoRecord& record, std::uint32_t code, void* buffer,
                            std::int32_t size) {
   constexpr bool kExactly = true;
