@@ -25,7 +25,7 @@ DialogSetting ReadDialogSetting() {
 
 bool OpenUiTerminal(const DialogSetting& setting, platform::TerminalDevice* terminal) {
   if (!terminal->Open(setting.terminalPath)) return false;
-  if (setting.terminalPath.empty() && !terminal->IsForeground()) {
+  if (terminal->IsBackground()) {
     terminal->Close();
     return false;
   }

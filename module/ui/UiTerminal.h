@@ -28,8 +28,8 @@ DialogSetting ParseDialogSetting(const std::string& value);
 DialogSetting ReadDialogSetting();
 
 // Opens the terminal the setting names. The controlling terminal is only
-// taken while this process is in its foreground (so that using it can never
-// stop the process). False when there is none.
+// taken while this process is in its foreground, so that using it can never
+// stop the process. False when there is none.
 bool OpenUiTerminal(const DialogSetting& setting, platform::TerminalDevice* terminal);
 
 }  // namespace vq::ui

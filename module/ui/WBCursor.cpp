@@ -1,6 +1,7 @@
 #include "ui/WBCursor.h"
 
 #include <chrono>
+#include <system_error>
 
 namespace vq {
 
@@ -11,6 +12,8 @@ namespace vq {
 // - Input attachment: the worker's attachment ends with the worker thread, as
 //   it does for any thread that ends; the destructor does not attach the
 //   destroying thread to the window's thread.
+// - When no worker thread can be started, the window keeps its cursor and its
+//   procedure: the object stays active and restores as usual.
 // - An inactive object (constructed while an exclusive one was alive) leaves
 //   the class-wide values alone, at construction and at destruction, so it
 //   cannot end the exclusive object's hold or lose its busy cursor.
@@ -31,7 +34,11 @@ WBCursor::WBCursor(ui::CursorName cursorName, std::uint32_t delay, ui::Window* c
   window = cursorWindow;
   if (window != nullptr) {
     windowThreadId = ui::GetWindowThreadProcessId(window);
-    workerThread = std::thread(&WBCursor::Worker, this);
+    try {
+      workerThread = std::thread(&WBCursor::Worker, this);
+    } catch (const std::system_error&) {
+      // No worker: nothing changes until destruction restores.
+    }
   } else {
     ui::SetCursor(busyCursor.load());
   }

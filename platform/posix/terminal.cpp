@@ -53,10 +53,10 @@ bool TerminalDevice::Open(const std::string& path, std::string* error) {
   return true;
 }
 
-bool TerminalDevice::IsForeground() const {
+bool TerminalDevice::IsBackground() const {
   if (!IsOpen()) return false;
   const pid_t group = tcgetpgrp(static_cast<int>(handle_));
-  return group >= 0 && group == getpgrp();
+  return group >= 0 && group != getpgrp();
 }
 
 bool TerminalDevice::EnterRawMode(std::string* error) {

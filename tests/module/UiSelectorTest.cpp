@@ -2,6 +2,7 @@
 // dialog runs on its own thread with VQ_DIALOG=tty:<slave>, the test reads the
 // screen and types on the master side.
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 
 #include <future>
@@ -55,7 +56,8 @@ GenICam::gcstring_vector ToVector(const std::vector<std::string>& texts) {
   return vector;
 }
 
-std::vector<std::string> LastFrameLines(const std::string& screen) {
+std::vector<std::string> LastFrameLines(const std::string& output) {
+  const std::string screen = output.substr(0, output.rfind(kLeaveScreen));
   const std::size_t start = screen.rfind(kClear);
   std::vector<std::string> lines;
   if (start == std::string::npos) return lines;
@@ -77,8 +79,9 @@ std::vector<std::string> TreeLines(const std::vector<std::string>& frame) {
 
 // Shows the selector on a fresh pseudo-terminal, waits for its first screen,
 // types `keys` (or hangs up the terminal) and collects the outcome.
+// A terminal of `rows` rows (0: of unknown size).
 SelectorRun RunSelector(const std::vector<std::string>& templates, std::uint32_t show,
-                        const std::string& keys, bool hangUp = false) {
+                        const std::string& keys, bool hangUp = false, std::uint16_t rows = 0) {
   SelectorRun run;
   platform::PseudoTerminal pty;
   if (!pty.Open()) {
@@ -89,6 +92,8 @@ SelectorRun RunSelector(const std::vector<std::string>& templates, std::uint32_t
   const int slave = open(pty.SlavePath().c_str(), O_RDWR | O_NOCTTY);
   termios cooked{};
   EXPECT_TRUE(MakeCooked(slave, &cooked));
+  const winsize size{rows, static_cast<std::uint16_t>(rows == 0 ? 0 : 100), 0, 0};
+  EXPECT_EQ(ioctl(slave, TIOCSWINSZ, &size), 0);
   auto dialog = std::async(std::launch::async, [&] {
     ModuleStateGuard moduleState;
     VQDeviceIDSelector selector(nullptr, ToVector(templates));
@@ -264,6 +269,30 @@ TEST(SelectorOnTerminal, ScreenLayoutAndTerminalRestored) {
   EXPECT_NE(run.output.find("  [x] Show this dialog"), std::string::npos) << "toggled state shown";
   EXPECT_EQ(run.output.size() - run.output.rfind(kLeaveScreen), std::string(kLeaveScreen).size());
   EXPECT_TRUE(run.modeRestored);
+}
+
+// On a 12-row terminal 4 tree rows fit (8 lines are not the tree); typing 1
+// then 2 selects leaf 12 and scrolls it into view.
+TEST(SelectorOnTerminal, LongListsScrollAndTakeTwoDigitNumbers) {
+  std::vector<std::string> templates;
+  for (int model = 1; model <= 12; ++model) {
+    templates.push_back(kDriver + "KORVA#Fam#M" + std::to_string(model));
+  }
+  const SelectorRun run = RunSelector(templates, 1, "12l", false, 12);
+  EXPECT_EQ(TreeLines(run.firstFrame), (std::vector<std::string>{
+                                           "    Please select a camera XML file",
+                                           "      KORVA",
+                                           "        Fam",
+                                           "          (1) M1",
+                                       }));
+  EXPECT_EQ(TreeLines(LastFrameLines(run.output)), (std::vector<std::string>{
+                                                       "          (9) M9",
+                                                       "          (10) M10",
+                                                       "          (11) M11",
+                                                       ">         (12) M12",
+                                                   }));
+  EXPECT_EQ(run.result, 1);
+  EXPECT_EQ(run.index, 11);
 }
 
 TEST(SelectorOnTerminal, HungUpTerminalClosesTheDialog) {

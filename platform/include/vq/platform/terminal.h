@@ -29,10 +29,10 @@ class TerminalDevice : public DeviceStream {
   // a text when there is no such terminal or the path is not a terminal.
   bool Open(const std::string& path, std::string* error = nullptr);
 
-  // True when the calling process is in the terminal's foreground process
-  // group, so that reading, writing and changing modes cannot stop it. Only
-  // meaningful for the controlling terminal; false for any other.
-  bool IsForeground() const;
+  // True when this is the process's controlling terminal and the process is
+  // not in its foreground process group: reading, writing or changing modes
+  // could then stop the process. False for any other terminal.
+  bool IsBackground() const;
 
   // Raw mode: keys arrive byte by byte, unechoed, without signals; output is
   // not translated. The settings it replaced are kept for RestoreMode.
