@@ -1,7 +1,5 @@
 #include "ui/VQDeviceIDSelector.h"
 
-#include <CLProtocol/DeviceID.h>
-
 #include <cstring>
 
 #include "extension/ModuleResources.h"
