@@ -36,8 +36,9 @@ std::atomic<HCURSOR> currentCursor{&kTerminalPointer};
 constexpr std::uint32_t kPointerWriteTimeoutMs = 200;
 
 void ShowPointerShape(const char* shape) {
+  const DialogSetting setting = ReadDialogSetting();
   platform::TerminalDevice terminal;
-  if (!OpenUiTerminal(ReadDialogSetting(), &terminal)) return;
+  if (setting.kind == PresenterKind::None || !OpenUiTerminal(setting, &terminal)) return;
   const std::string sequence = std::string("\x1b]22;") + shape + "\x1b\\";
   terminal.Write(sequence.data(), sequence.size(), kPointerWriteTimeoutMs);
 }

@@ -3,7 +3,8 @@
 // current cursor is the terminal window's mouse pointer: SetCursor sends
 // xterm's pointer-shape control sequence (OSC 22), which prints nothing and
 // which terminals that do not know it ignore; without a terminal it only
-// changes what GetCursor answers.
+// changes what GetCursor answers. The terminal is the one VQ_DIALOG names (see
+// UiTerminal.h); VQ_DIALOG=none shows no pointer.
 #pragma once
 
 #include <cstdint>

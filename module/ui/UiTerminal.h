@@ -1,10 +1,13 @@
 // Which terminal the module's user interface uses, from the variable
 // VQ_DIALOG:
-//   tty          the terminal presenter on the controlling terminal
+//   tty          the terminal presenter on the controlling terminal (the busy
+//                pointer goes to the controlling terminal in every form but
+//                none and tty:PATH)
 //   tty:PATH     the terminal presenter on the terminal device PATH (for
 //                instance a pseudo-terminal's /dev/pts/N); the busy pointer
 //                goes there too
-//   none         no presenter: dialogs close as their Close button would
+//   none         no terminal user interface: dialogs close as their Close
+//                button would, the busy pointer is not shown
 //   unset/other  automatic: the terminal presenter when the controlling
 //                terminal can be opened, the process is in its foreground and
 //                standard input is a terminal; otherwise none, so that a

@@ -116,24 +116,29 @@ TEST(CursorControllingTerminal, PointerOnlyOnAControllingTerminal) {
   struct Case {
     const char* name;
     bool controlling;
+    const char* dialogSetting;  // null: unset
     std::string expected;
   };
   const Case cases[] = {
-      {"controlling terminal", true, kBusyShape + kTerminalShape},
-      {"no terminal", false, ""},
+      {"controlling terminal", true, nullptr, kBusyShape + kTerminalShape},
+      {"no terminal", false, nullptr, ""},
+      {"VQ_DIALOG=none shows no pointer", true, "none", ""},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     platform::PseudoTerminal pty;
     ASSERT_TRUE(pty.Open());
+    auto body = [&c] {
+      if (c.dialogSetting != nullptr) {
+        platform::SetEnv("VQ_DIALOG", c.dialogSetting);
+      } else {
+        platform::UnsetEnv("VQ_DIALOG");
+      }
+      { WBCursor busy(ui::kWaitCursor, 0, nullptr, 0); }
+      return 0;
+    };
     const int exitCode = test::RunInChildSession(c.controlling ? pty.SlavePath() : "",
-                                                 pty.SlavePath(), pty.SlavePath(), [] {
-                                                   platform::UnsetEnv("VQ_DIALOG");
-                                                   {
-                                                     WBCursor busy(ui::kWaitCursor, 0, nullptr, 0);
-                                                   }
-                                                   return 0;
-                                                 });
+                                                 pty.SlavePath(), pty.SlavePath(), body);
     EXPECT_EQ(exitCode, 0);
     // Standard output and error share the terminal: no text went anywhere.
     EXPECT_EQ(test::ReadUpToMarker(pty, kMarker), c.expected);
