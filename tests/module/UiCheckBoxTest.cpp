@@ -1,7 +1,9 @@
-// WBCheckBox: its drawing checked pixel by pixel on the raster canvas, and its
-// answers to the check-box, mouse and keyboard messages.
+// WBCheckBox: its drawing checked pixel by pixel on the raster canvas (and the
+// canvas's own edges), and its answers to the check-box, mouse and keyboard
+// messages.
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <vector>
 
 #include "ui/WBCheckBox.h"
@@ -122,6 +124,61 @@ TEST(WBCheckBoxDrawing, PixelsByState) {
     EXPECT_EQ(caption.format,
               ui::DT_SINGLELINE | ui::DT_VCENTER | ui::DT_LEFT | ui::DT_END_ELLIPSIS);
     EXPECT_EQ(caption.backgroundMode, ui::TRANSPARENT);
+  }
+}
+
+struct SurfaceCase {
+  const char* name;
+  void (*draw)(ui::DeviceContext&);
+  std::vector<std::pair<int, int>> pixels;  // every pixel drawn, row by row
+};
+
+TEST(DrawingSurface, FillsAndLinesLeaveOutTheFarEdges) {
+  const SurfaceCase cases[] = {
+      {"fill: left and top edges in, right and bottom out",
+       [](ui::DeviceContext& dc) {
+         dc.FillRect(ui::Rect{2, 3, 4, 5}, ui::Brush{kBlack});
+       },
+       {{2, 3}, {3, 3}, {2, 4}, {3, 4}}},
+      {"horizontal line without its end point",
+       [](ui::DeviceContext& dc) {
+         dc.MoveTo(1, 1);
+         dc.LineTo(4, 1);
+       },
+       {{1, 1}, {2, 1}, {3, 1}}},
+      {"path of two lines",
+       [](ui::DeviceContext& dc) {
+         dc.MoveTo(0, 2);
+         dc.LineTo(0, 0);
+         dc.LineTo(2, 0);
+       },
+       {{0, 0}, {1, 0}, {0, 1}, {0, 2}}},
+      {"diagonal",
+       [](ui::DeviceContext& dc) {
+         dc.MoveTo(0, 0);
+         dc.LineTo(3, 3);
+       },
+       {{0, 0}, {1, 1}, {2, 2}}},
+      {"clipped at the canvas",
+       [](ui::DeviceContext& dc) {
+         dc.MoveTo(-3, 4);
+         dc.LineTo(2, 4);
+         dc.FillRect(ui::Rect{4, 4, 9, 9}, ui::Brush{kBlack});
+       },
+       {{0, 4}, {1, 4}, {4, 4}}},
+  };
+  for (const SurfaceCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    ui::Canvas canvas(5, 5, kBackground);
+    ui::DeviceContext dc(canvas);
+    c.draw(dc);
+    std::vector<std::pair<int, int>> drawn;
+    for (int y = 0; y < canvas.Height(); ++y) {
+      for (int x = 0; x < canvas.Width(); ++x) {
+        if (canvas.Pixel(x, y) != kBackground) drawn.emplace_back(x, y);
+      }
+    }
+    EXPECT_EQ(drawn, c.pixels);
   }
 }
 
