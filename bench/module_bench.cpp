@@ -14,6 +14,7 @@
 
 #include "LargestDescription.h"
 #include "support/ComputedRegisters.h"
+#include "support/ForwardingLink.h"
 #include "support/TestHost.h"
 #include "vq/gencp/Constants.h"
 #include "vq/gencp/Endian.h"
@@ -22,16 +23,11 @@
 
 namespace {
 
-using vq::test::CameraLink;
-
 // Passes everything to the camera and notes the address of every register
 // read the host sends.
-class ReadLoggingLink : public CameraLink {
+class ReadLoggingLink : public vq::test::ForwardingLink {
  public:
-  explicit ReadLoggingLink(CameraLink& camera) : camera_(camera) {}
-  std::int32_t Read(void* buffer, std::uint32_t& count, std::uint32_t timeoutMs) override {
-    return camera_.Read(buffer, count, timeoutMs);
-  }
+  using ForwardingLink::ForwardingLink;
   std::int32_t Write(const void* buffer, std::uint32_t& count, std::uint32_t timeoutMs) override {
     parser_.feed(static_cast<const std::uint8_t*>(buffer), count);
     while (auto result = parser_.next()) {
@@ -40,15 +36,12 @@ class ReadLoggingLink : public CameraLink {
         reads.push_back(vq::gencp::readU64(result->packet.scd.data()));
       }
     }
-    return camera_.Write(buffer, count, timeoutMs);
+    return ForwardingLink::Write(buffer, count, timeoutMs);
   }
-  std::uint32_t SupportedBaudRates() override { return camera_.SupportedBaudRates(); }
-  std::int32_t SetBaudRate(std::uint32_t bit) override { return camera_.SetBaudRate(bit); }
 
   std::vector<std::uint64_t> reads;
 
  private:
-  CameraLink& camera_;
   vq::gencp::PacketParser parser_;
 };
 

@@ -13,6 +13,7 @@
 
 #include "SimProcess.h"
 #include "support/DescriptionText.h"
+#include "support/ForwardingLink.h"
 #include "support/HostCamera.h"
 
 namespace vq::test {
@@ -215,21 +216,11 @@ TEST(BaudRateOverPty, NegotiatedSwitchedAndReadBack) {
 }
 
 // A frame grabber whose port offers the rates of `mask`.
-class MaskedLink : public CameraLink {
+class MaskedLink : public ForwardingLink {
  public:
-  explicit MaskedLink(CameraLink& camera) : camera_(camera) {}
-  std::int32_t Read(void* buffer, std::uint32_t& count, std::uint32_t timeout) override {
-    return camera_.Read(buffer, count, timeout);
-  }
-  std::int32_t Write(const void* buffer, std::uint32_t& count, std::uint32_t timeout) override {
-    return camera_.Write(buffer, count, timeout);
-  }
+  using ForwardingLink::ForwardingLink;
   std::uint32_t SupportedBaudRates() override { return mask; }
-  std::int32_t SetBaudRate(std::uint32_t bit) override { return camera_.SetBaudRate(bit); }
   std::uint32_t mask = 0xFF;
-
- private:
-  CameraLink& camera_;
 };
 
 // Entry names in any letter case, one name outside the table; the rate lives
