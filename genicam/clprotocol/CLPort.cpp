@@ -33,7 +33,7 @@ namespace {
 // traffic when the text breaks the device-ID rules or names no driver directory.
 std::shared_ptr<DriverLibrary> DriverFor(const gcstring& text, CDeviceID& id) {
   const std::string what = "Parsing device ID '" + std::string(text.c_str()) + "'";
-  if (!id.FromString(text) || !id.HasDriver()) {
+  if (!id.FromString(text) || !id.HasDriver() || !id.HasIdentifierTokens()) {
     ThrowDriverError(CL_ERR_INVALID_DEVICEID, what, "invalid device ID");
   }
   if (id.GetDriverPath().empty()) {
@@ -45,7 +45,8 @@ std::shared_ptr<DriverLibrary> DriverFor(const gcstring& text, CDeviceID& id) {
 // A short template a driver offers: one to three identifier tokens.
 bool ValidShortTemplate(const std::string& text) {
   CDeviceID id;
-  return id.FromString(gcstring(text.c_str())) && !id.HasDriver() && id.GetNumShortTokens() <= 3;
+  return id.FromString(gcstring(text.c_str())) && !id.HasDriver() && id.HasIdentifierTokens() &&
+         id.GetNumShortTokens() <= 3;
 }
 
 std::string FullID(const DriverLibrary& driver, const std::string& shortID) {

@@ -79,8 +79,10 @@ std::optional<std::string> ReadEntry(const DescriptionKey& key) {
 void WriteEntry(const DescriptionKey& key, const std::string& text) {
   const fs::path path = EntryPath(key.modelTemplate);
   if (path.empty()) return;
+  // Only the stack's own folder is made, inside a cache directory that exists.
   std::error_code error;
-  fs::create_directories(path.parent_path(), error);
+  if (!fs::is_directory(path.parent_path().parent_path(), error)) return;
+  fs::create_directory(path.parent_path(), error);
   if (error) return;
   // A unique temporary file renamed into place: readers never see half an entry.
   const fs::path temporary =

@@ -3,7 +3,8 @@
 // ~/.cache/vqcam), one file per camera model. An entry is keyed and verified by the XML ID (which
 // carries the file version) and the SHA-1 the camera's manifest gives for the file; its text
 // carries a checksum. A corrupt or mismatching entry is ignored and replaced by the next
-// download. The cache file is the only file the stack writes.
+// download. The cache file is the only file the stack writes; its vqcam folder is only made in
+// a cache directory that exists.
 #pragma once
 
 #include <optional>

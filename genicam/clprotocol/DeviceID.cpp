@@ -19,13 +19,16 @@ bool isIdentifierChar(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
 }
 
-// Device-ID tokens are C identifiers: not empty, not starting with a digit.
 bool isIdentifierText(const std::string& text) {
-  if (text.empty() || (text[0] >= '0' && text[0] <= '9')) return false;
   for (char c : text) {
     if (!isIdentifierChar(c)) return false;
   }
   return true;
+}
+
+// The rule for device-ID tokens: C identifiers, so not empty and not starting with a digit.
+bool isCIdentifier(const std::string& text) {
+  return !text.empty() && !(text[0] >= '0' && text[0] <= '9') && isIdentifierText(text);
 }
 
 std::vector<std::string> split(const std::string& text) {
@@ -46,6 +49,7 @@ bool namesDriver(const std::vector<std::string>& tokens) {
 
 bool validShortPart(const std::vector<std::string>& tokens, size_t first) {
   if (tokens.size() <= first || tokens.size() - first > kShortTokens) return false;
+  if (tokens[first].empty()) return false;
   for (size_t i = first; i < tokens.size(); ++i) {
     if (!isIdentifierText(tokens[i])) return false;
   }
@@ -135,6 +139,14 @@ gcstring CDeviceID::GetCameraModel() const { return Token(didCameraModel); }
 gcstring CDeviceID::GetCameraVersion() const { return Token(didCameraVersion); }
 gcstring CDeviceID::GetCameraSerialNumber() const { return Token(didCameraSerialNumber); }
 bool CDeviceID::HasDriver() const { return m_HasDriver; }
+
+bool CDeviceID::HasIdentifierTokens() const {
+  if (m_NumTokens <= kDriverTokens) return false;
+  for (size_t i = kDriverTokens; i < m_NumTokens; ++i) {
+    if (!isCIdentifier(m_DeviceIDTokens[i].c_str())) return false;
+  }
+  return true;
+}
 size_t CDeviceID::GetNumShortTokens() const {
   return m_NumTokens > kDriverTokens ? m_NumTokens - kDriverTokens : 0;
 }

@@ -77,14 +77,27 @@ INSTANTIATE_TEST_SUITE_P(
                      "", "", ""},
         DeviceIDCase{"DottedVersion", "/d#libX.so#Acme#Fam#Mod#1.2.3", false, "", "", "", "", "",
                      "", "", "", ""},
-        DeviceIDCase{"EmptyFamily", "/d#libX.so#Acme##Mod", false, "", "", "", "", "", "", "", "",
-                     ""},
-        DeviceIDCase{"TokenStartsWithDigit", "/d#libX.so#Acme#Fam#Mod#1_2_3", false, "", "", "",
-                     "", "", "", "", "", ""},
-        DeviceIDCase{"ShortTokenStartsWithDigit", "KORVA#2040", false, "", "", "", "", "", "", "",
-                     "", ""},
+        DeviceIDCase{"EmptyFamily", "/d#libX.so#Acme##Mod", true, "/d", "libX.so", "Acme", "",
+                     "Mod", "", "", "Acme##Mod", "/d/libX.so"},
         DeviceIDCase{"OnlySeparators", "###", false, "", "", "", "", "", "", "", "", ""}),
     [](const auto& info) { return std::string(info.param.name); });
+
+// Tokens that parse may still break the rule device IDs follow: C identifiers only.
+TEST(DeviceID, TokensFollowTheIdentifierRule) {
+  const struct {
+    const char* text;
+    bool identifiers;
+  } cases[] = {{"/d#libX.so#KORVA#AreaScan#A2040M#_1_4_2#SN_1", true},
+               {"KORVA", true},
+               {"/d#libX.so#Acme##Mod", false},
+               {"/d#libX.so#Acme#Fam#Mod#1_2_3", false},
+               {"KORVA#2040", false}};
+  for (const auto& c : cases) {
+    CLProtocol::CDeviceID id;
+    ASSERT_TRUE(id.FromString(c.text)) << c.text;
+    EXPECT_EQ(c.identifiers, id.HasIdentifierTokens()) << c.text;
+  }
+}
 
 TEST(DeviceID, ExpandsEnvironmentReferencesInTheDirectory) {
   ASSERT_TRUE(vq::platform::SetEnv("VQ_CLP_TEST_ROOT", "/opt/cams"));

@@ -1,18 +1,12 @@
-// The vqcam-sim program as a child process on a new pseudo-terminal, with its statistics file
-// and its control file (fault options that take effect while it runs), and a fixture that
-// registers a termios serial adapter on it with CCLPort.
+// The vqcam-sim program on a new pseudo-terminal with its statistics file and its control file
+// (fault options that take effect while it runs), and a fixture that registers a termios
+// serial adapter on it with CCLPort.
 #pragma once
 
 #include <CLProtocol/CLPort.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -23,10 +17,9 @@
 #include <thread>
 #include <vector>
 
+#include "SimProcess.h"
 #include "clprotocol_port_access.h"
 #include "clprotocol_test_serial.h"
-
-extern char** environ;
 
 namespace clprotocol_test {
 
@@ -47,76 +40,32 @@ inline std::string DriverDirectory() {
   return std::string(VQ_BINARY_DIR) + "/lib/clprotocol/Linux64_x64";
 }
 
-class SimProcess {
+// The program with its statistics file and its control file (fault options that take effect
+// while it runs).
+class SimProgramFiles {
  public:
-  ~SimProcess() { Stop(); }
+  ~SimProgramFiles() { Stop(); }
 
-  // Starts the program with `arguments` after --pty, --profile, --stats-file and --control,
-  // and waits (bounded) for the device path on its standard output. Its standard input stays
-  // open: end of input would stop it, as it does when this process dies.
   bool Start(const std::string& profileDir, const std::vector<std::string>& arguments,
              std::string* error) {
     const std::string base = ::testing::TempDir() + "vqcam-sim-" + std::to_string(getpid()) +
                              "-" + std::to_string(++starts_);
     statsPath_ = base + ".stats";
     controlPath_ = base + ".control";
-    std::vector<std::string> args = {VQ_SIM_PROGRAM, "--pty",        "--profile",  profileDir,
-                                     "--stats-file", statsPath_,     "--control",  controlPath_};
-    args.insert(args.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (auto& arg : args) argv.push_back(arg.data());
-    argv.push_back(nullptr);
-    int in[2], out[2];
-    if (pipe2(in, O_CLOEXEC) != 0 || pipe2(out, O_CLOEXEC) != 0) return Fail("pipe failed", error);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, in[0], STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
-    const int spawned = posix_spawn(&pid_, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    close(in[0]);
-    close(out[1]);
-    stdin_ = in[1];
-    stdout_ = out[0];
-    if (spawned != 0) {
-      pid_ = -1;
-      return Fail("cannot start " + args[0] + ": errno " + std::to_string(spawned), error);
-    }
-    return ReadPath(error);
+    std::vector<std::string> all = {"--stats-file", statsPath_, "--control", controlPath_};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return process_.Start(VQ_SIM_PROGRAM, profileDir, error, all);
   }
-
-  const std::string& DevicePath() const { return path_; }
-  bool Running() const { return pid_ > 0; }
-
-  // SIGTERM, a bounded wait, SIGKILL if the program did not end. Says how it ended.
   std::string Stop() {
-    std::string how = "not running";
-    if (pid_ > 0) {
-      kill(pid_, SIGCONT);
-      kill(pid_, SIGTERM);
-      int status = 0;
-      if (WaitFor(5000, &status)) {
-        how = WIFEXITED(status) ? "exit " + std::to_string(WEXITSTATUS(status))
-                                : "signal " + std::to_string(WTERMSIG(status));
-      } else {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, &status, 0);
-        how = "killed after ignoring SIGTERM";
-      }
-      pid_ = -1;
-    }
-    for (int* fd : {&stdin_, &stdout_}) {
-      if (*fd >= 0) close(*fd);
-      *fd = -1;
-    }
+    const std::string how = process_.Stop();
     std::remove(statsPath_.c_str());
     std::remove(controlPath_.c_str());
     return how;
   }
-
-  // Stops the program where it is (SIGSTOP) and lets it go on (SIGCONT).
-  void Pause() { kill(pid_, SIGSTOP); }
-  void Resume() { kill(pid_, SIGCONT); }
+  const std::string& DevicePath() const { return process_.DevicePath(); }
+  bool Running() const { return process_.IsRunning(); }
+  void Pause() { process_.Pause(); }
+  void Resume() { process_.Resume(); }
 
   // Replaces the program's faults with `options` (its fault options; empty clears them) and
   // waits until it took them.
@@ -143,42 +92,8 @@ class SimProcess {
   }
 
  private:
-  static bool Fail(const std::string& why, std::string* error) {
-    *error = why;
-    return false;
-  }
-
-  bool ReadPath(std::string* error) {
-    const auto deadline = Clock::now() + std::chrono::milliseconds(10000);
-    std::string line;
-    while (line.find('\n') == std::string::npos) {
-      pollfd fd{stdout_, POLLIN, 0};
-      const int ready = poll(&fd, 1, MsLeft(deadline));
-      if (ready < 0 && errno == EINTR) continue;
-      if (ready <= 0) return Fail("no device path within the start time", error);
-      char chunk[128];
-      const ssize_t got = read(stdout_, chunk, sizeof chunk);
-      if (got <= 0) return Fail("the program ended before printing a path: " + line, error);
-      line.append(chunk, static_cast<std::size_t>(got));
-    }
-    path_ = line.substr(0, line.find('\n'));
-    return path_.rfind("/dev/", 0) == 0 || Fail("not a device path: " + path_, error);
-  }
-
-  bool WaitFor(int timeoutMs, int* status) {
-    const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
-    do {
-      if (waitpid(pid_, status, WNOHANG) == pid_) return true;
-      SleepMs(5);
-    } while (MsLeft(deadline) > 0);
-    return false;
-  }
-
-  pid_t pid_ = -1;
-  int stdin_ = -1;
-  int stdout_ = -1;
+  vq::test::SimProcess process_;
   int starts_ = 0;
-  std::string path_;
   std::string statsPath_;
   std::string controlPath_;
 };
@@ -189,16 +104,14 @@ class SimProgram : public ::testing::Test {
  protected:
   void SetUp() override {
     unsetenv("GENICAM_CLPROTOCOL");  // the library's own location is enough
-    // Descriptions are cached where this test alone looks, however it is run.
-    cacheDir_ = ::testing::TempDir() + "clp-sim-cache-" + std::to_string(getpid());
-    setenv("XDG_CACHE_HOME", cacheDir_.c_str(), 1);
+    // A cache directory nobody creates: nothing is cached on disk, however the test is run.
+    setenv("XDG_CACHE_HOME", (::testing::TempDir() + "no-description-cache").c_str(), 1);
     CLProtocol::CCLPort::Terminate();
   }
   void TearDown() override {
     port_.reset();
     CLProtocol::CCLPort::Terminate();
     adapter_.reset();
-    std::filesystem::remove_all(cacheDir_);
     if (sim_.Running()) {
       EXPECT_EQ("exit 0", sim_.Stop());  // a clean end on SIGTERM
     }
@@ -256,8 +169,7 @@ class SimProgram : public ::testing::Test {
                    });
   }
 
-  std::string cacheDir_;
-  SimProcess sim_;
+  SimProgramFiles sim_;
   std::unique_ptr<TermiosAdapter> adapter_;
   GenICam::gcstring portID_;
   std::unique_ptr<CLProtocol::CCLPort> port_;

@@ -28,7 +28,8 @@ class CLPROTOCOL_DECL CDeviceID {
   ~CDeviceID();
 
   // Splits a full ID or template, or a short one (then the driver fields stay empty). Returns
-  // false, leaving the object empty, for text that is neither.
+  // false, leaving the object empty, for text that is neither. Tokens are accepted as long as
+  // they hold identifier characters; HasIdentifierTokens tells whether they follow the rule.
   bool FromString(const GenICam::gcstring& DeviceID);
 
   // The full ID (the short one when no driver is named); environment references $(NAME) in
@@ -49,6 +50,9 @@ class CLPROTOCOL_DECL CDeviceID {
 
   // True when the text was a full ID or template (names a driver).
   bool HasDriver() const;
+  // True when every camera token present is a C identifier (not empty, not starting with a
+  // digit), the rule device IDs and templates must follow to be probed or connected.
+  bool HasIdentifierTokens() const;
   // Number of short tokens present (1 for "Manufacturer" up to 5).
   size_t GetNumShortTokens() const;
 
