@@ -154,7 +154,8 @@ TEST_F(Opening, BoostedDownloadStaysNearItsLowerBound) {
   const double switchSeconds = Seconds(2 * 48, CL_BAUDRATE_9600) + Seconds(2 * 48, fast);
   const double downloadLower = Seconds(DescriptionBytes(), fast) + switchSeconds;
   const double openLower = Seconds(IdentityBytes(), CL_BAUDRATE_9600) + downloadLower;
-  Report("lower bound, boosted", LineUse{0, openLower}, "");
+  const double lowerBytes = IdentityBytes() + DescriptionBytes() + 4 * 48;
+  Report("lower bound, boosted", LineUse{static_cast<uint64_t>(lowerBytes), openLower}, "");
 
   std::string xml;
   LineUse download;
