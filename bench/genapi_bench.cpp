@@ -21,6 +21,7 @@
 #include <GenApi/GenApi.h>
 #include <pugixml.hpp>
 
+#include "LargestDescription.h"
 #include "ZeroPort.h"
 
 namespace {
@@ -46,22 +47,13 @@ struct Description {
 // The largest descriptions of the corpus, largest first.
 const std::vector<Description>& Largest() {
   static const std::vector<Description> descriptions = [] {
-    std::vector<std::pair<std::uintmax_t, std::filesystem::path>> files;
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(VQ_GENICAM_XML_DIR, error)) {
-      if (entry.path().extension() != ".xml") continue;
-      const auto size = entry.file_size(error);
-      if (!error) files.emplace_back(size, entry.path());
-    }
-    std::sort(files.rbegin(), files.rend());
-    files.resize(std::min(files.size(), kDescriptionsMeasured));
     std::vector<Description> out;
-    for (const auto& file : files) {
-      std::ifstream in(file.second, std::ios::binary);
+    for (const std::string& path : vq_bench::LargestDescriptionPaths(kDescriptionsMeasured)) {
+      std::ifstream in(path, std::ios::binary);
       std::stringstream buffer;
       buffer << in.rdbuf();
       const std::string text = buffer.str();
-      out.push_back(Description{file.second.filename().string(), text,
+      out.push_back(Description{std::filesystem::path(path).filename().string(), text,
                                 GenICam::gcstring(text.data(), text.size())});
     }
     return out;
