@@ -63,10 +63,10 @@ void NodeImpl::AddRef(ArenaVec<Ref>& list, const XmlElem& e) {
   list.push_back(Memory(), ref);
 }
 
+// No node kind parses the elements every node shares, so those are taken first.
 void NodeImpl::Parse(const XmlElem& e) {
-  if (e.id == Elem::Extension) return;
-  if (ParseSpecific(e)) return;
-  ParseCommon(e);  // unknown elements are kept as properties only
+  if (e.id == Elem::Extension || ParseCommon(e)) return;
+  ParseSpecific(e);  // unknown elements are kept as properties only
 }
 
 bool NodeImpl::ParseCommon(const XmlElem& e) {

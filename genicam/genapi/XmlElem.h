@@ -56,7 +56,13 @@ enum class Elem : uint8_t {
 // The id of a local element name (Unknown for names the engine does not know),
 // found with one hash probe.
 Elem ElemOf(std::string_view localName);
-const char* ElemName(Elem id);
+// The id of an element by its name as written, namespace prefix and all.
+Elem ElemOfQualified(const char* name);
+
+extern const char* const kElemNames[size_t(Elem::Count)];
+inline const char* ElemName(Elem id) {
+  return kElemNames[size_t(id) < size_t(Elem::Count) ? size_t(id) : 0];
+}
 
 // One child element of a node. Texts stay valid as long as the node map.
 struct XmlElem {

@@ -136,7 +136,7 @@ class Loader {
     while (!stack.empty()) {
       pugi::xml_node n = stack.back();
       stack.pop_back();
-      const Elem kind = ElemOf(LocalName(n));
+      const Elem kind = ElemOfQualified(n.name());
       if (kind == Elem::Group)
         PushChildren(n, stack);
       else if (kind == Elem::StructReg)
@@ -216,13 +216,18 @@ class Loader {
     return out;
   }
 
-  // The trimmed character data of an element.
+  // The trimmed character data of an element. pugixml's accessors are calls
+  // into the library, so each is asked once: a null node has type node_null.
   std::string_view TextOf(const pugi::xml_node& n) {
-    pugi::xml_node c = n.first_child();
-    if (!c) return std::string_view();
-    if (!c.next_sibling() && IsText(c)) return Trim(c.value());
+    const pugi::xml_node first = n.first_child();
+    const pugi::xml_node_type type = first.type();
+    if (type == pugi::node_null) return std::string_view();
+    pugi::xml_node c = first.next_sibling();
+    if (c.type() == pugi::node_null)
+      return type == pugi::node_pcdata || type == pugi::node_cdata ? Trim(first.value())
+                                                                    : std::string_view();
     scratch_.clear();
-    for (; c; c = c.next_sibling())
+    for (c = first; c; c = c.next_sibling())
       if (IsText(c)) scratch_ += c.value();
     return Trim(scratch_);
   }
@@ -253,13 +258,16 @@ class Loader {
     e.id = id;
     e.name = id != Elem::Unknown ? ElemName(id) : names_.Text(names_.Intern(LocalName(n)));
     const pugi::xml_attribute a = n.first_attribute();
+    const char* attrName = a.name();  // "" when there is no attribute
     const std::string_view text = TextOf(n);
-    e.text = StoreText(text, a.value(), id, first);
-    e.size = static_cast<uint32_t>(text.size());
-    if (a) {
-      e.attrName = a.name();
+    if (*attrName == '\0') {
+      e.text = StoreText(text, "", id, first);
+    } else {
+      e.text = StoreText(text, a.value(), id, first);
+      e.attrName = attrName;
       e.attr = e.text + text.size() + 1;
     }
+    e.size = static_cast<uint32_t>(text.size());
     e.xml = n.internal_object();
     e.arena = &arena_;
     return e;
@@ -283,9 +291,11 @@ class Loader {
     if (attributes.standard) node->SetNameSpace(Standard);
     const char* name = node->Name();
     int knife = 0;
-    for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling()) {
-      if (c.type() != pugi::node_element) continue;
-      const Elem child = ElemOf(LocalName(c));
+    for (pugi::xml_node c = n.first_child();; c = c.next_sibling()) {
+      const pugi::xml_node_type type = c.type();
+      if (type == pugi::node_null) break;
+      if (type != pugi::node_element) continue;
+      const Elem child = ElemOfQualified(c.name());
       if (kind == Elem::Enumeration && child == Elem::EnumEntry) {
         LoadEnumEntry(c, static_cast<EnumerationNode&>(*node));
       } else if (child == Elem::IntSwissKnife && IsRegisterFamily(kind)) {
@@ -309,7 +319,7 @@ class Loader {
     if (attributes.standard) entry->SetNameSpace(Standard);
     for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling())
       if (c.type() == pugi::node_element)
-        entry.Add(MakeElem(c, ElemOf(LocalName(c)), entry.FirstProperty()));
+        entry.Add(MakeElem(c, ElemOfQualified(c.name()), entry.FirstProperty()));
     owner.AddEntry(nameId);
     entry.Finish();
   }
@@ -321,7 +331,7 @@ class Loader {
     Building knife(*this, arena_.New<IntSwissKnifeNode>(&map_, names_.Text(nameId)), nameId);
     for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling())
       if (c.type() == pugi::node_element)
-        knife.Add(MakeElem(c, ElemOf(LocalName(c)), knife.FirstProperty()));
+        knife.Add(MakeElem(c, ElemOfQualified(c.name()), knife.FirstProperty()));
     knife.Finish();
     return names_.Text(nameId);
   }
@@ -334,7 +344,7 @@ class Loader {
     key.Add(Synthesised(Elem::p1212Parser, rom));
     for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling())
       if (c.type() == pugi::node_element)
-        key.Add(MakeElem(c, ElemOf(LocalName(c)), key.FirstProperty()));
+        key.Add(MakeElem(c, ElemOfQualified(c.name()), key.FirstProperty()));
     key.Finish();
   }
 
@@ -344,7 +354,7 @@ class Loader {
     std::vector<XmlElem> shared;
     for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling()) {
       if (c.type() != pugi::node_element) continue;
-      const Elem child = ElemOf(LocalName(c));
+      const Elem child = ElemOfQualified(c.name());
       if (child == Elem::StructEntry) continue;
       if (child == Elem::IntSwissKnife)
         shared.push_back(
@@ -353,7 +363,7 @@ class Loader {
         shared.push_back(MakeElem(c, child, props_.size()));
     }
     for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling()) {
-      if (c.type() != pugi::node_element || ElemOf(LocalName(c)) != Elem::StructEntry) continue;
+      if (c.type() != pugi::node_element || ElemOfQualified(c.name()) != Elem::StructEntry) continue;
       const NodeAttributes attributes = AttributesOf(c, "StructEntry");
       const uint32_t nameId = names_.Intern(attributes.name);
       Building entry(*this, arena_.New<MaskedIntRegNode>(&map_, names_.Text(nameId)), nameId);
@@ -361,7 +371,7 @@ class Loader {
       for (const XmlElem& e : shared) entry.Add(e);
       for (pugi::xml_node k = c.first_child(); k; k = k.next_sibling())
         if (k.type() == pugi::node_element)
-          entry.Add(MakeElem(k, ElemOf(LocalName(k)), entry.FirstProperty()));
+          entry.Add(MakeElem(k, ElemOfQualified(k.name()), entry.FirstProperty()));
       entry.Finish();
     }
   }

@@ -12,13 +12,36 @@ namespace formula {
 namespace detail {
 namespace {
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsHexDigit(char c) { return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
-bool IsIdentifierStart(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-}
-bool IsIdentifierChar(char c) { return IsIdentifierStart(c) || IsDigit(c) || c == '.'; }
-bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+// Character classes, one table look-up per character.
+enum CharClass : std::uint8_t {
+  kDigit = 1,
+  kHexDigit = 2,
+  kIdentifierStart = 4,
+  kIdentifierChar = 8,
+  kSpace = 16,
+};
+
+struct CharClasses {
+  std::uint8_t bits[256] = {};
+  constexpr CharClasses() {
+    for (int c = '0'; c <= '9'; ++c) bits[c] = kDigit | kHexDigit | kIdentifierChar;
+    for (int c = 'a'; c <= 'z'; ++c) bits[c] = kIdentifierStart | kIdentifierChar;
+    for (int c = 'A'; c <= 'Z'; ++c) bits[c] = kIdentifierStart | kIdentifierChar;
+    for (int c = 'a'; c <= 'f'; ++c) bits[c] |= kHexDigit;
+    for (int c = 'A'; c <= 'F'; ++c) bits[c] |= kHexDigit;
+    bits[int('_')] = kIdentifierStart | kIdentifierChar;
+    bits[int('.')] = kIdentifierChar;
+    bits[int(' ')] = bits[int('\t')] = bits[int('\r')] = bits[int('\n')] = kSpace;
+  }
+};
+constexpr CharClasses kClasses;
+
+bool Is(char c, CharClass cls) { return (kClasses.bits[static_cast<unsigned char>(c)] & cls) != 0; }
+bool IsDigit(char c) { return Is(c, kDigit); }
+bool IsHexDigit(char c) { return Is(c, kHexDigit); }
+bool IsIdentifierStart(char c) { return Is(c, kIdentifierStart); }
+bool IsIdentifierChar(char c) { return Is(c, kIdentifierChar); }
+bool IsSpace(char c) { return Is(c, kSpace); }
 
 int HexDigitValue(char c) {
   if (IsDigit(c)) return c - '0';
@@ -257,9 +280,85 @@ class Lexer {
   std::size_t& pos_;
 };
 
+// Kinds of the one-character tokens and of the first character of the
+// two-character ones; End for characters that start something else.
+struct SymbolTokens {
+  TokenKind kind[256] = {};
+  constexpr SymbolTokens() {
+    kind[int('(')] = TokenKind::LeftParen;
+    kind[int(')')] = TokenKind::RightParen;
+    kind[int(',')] = TokenKind::Comma;
+    kind[int('?')] = TokenKind::Question;
+    kind[int(':')] = TokenKind::Colon;
+    kind[int('+')] = TokenKind::Plus;
+    kind[int('-')] = TokenKind::Minus;
+    kind[int('/')] = TokenKind::Slash;
+    kind[int('%')] = TokenKind::Percent;
+    kind[int('^')] = TokenKind::Caret;
+    kind[int('~')] = TokenKind::Tilde;
+    kind[int('*')] = TokenKind::Star;
+    kind[int('&')] = TokenKind::Amp;
+    kind[int('|')] = TokenKind::Pipe;
+    kind[int('<')] = TokenKind::Less;
+    kind[int('>')] = TokenKind::Greater;
+    kind[int('=')] = TokenKind::Equal;
+  }
+};
+constexpr SymbolTokens kSymbolTokens;
+
+// The two-character operator starting with first and second, or End.
+TokenKind Pair(TokenKind first, char second) {
+  switch (first) {
+    case TokenKind::Star: return second == '*' ? TokenKind::StarStar : TokenKind::End;
+    case TokenKind::Amp: return second == '&' ? TokenKind::AmpAmp : TokenKind::End;
+    case TokenKind::Pipe: return second == '|' ? TokenKind::PipePipe : TokenKind::End;
+    case TokenKind::Less:
+      if (second == '<') return TokenKind::ShiftLeft;
+      if (second == '=') return TokenKind::LessEqual;
+      return second == '>' ? TokenKind::NotEqual : TokenKind::End;
+    case TokenKind::Greater:
+      if (second == '>') return TokenKind::ShiftRight;
+      return second == '=' ? TokenKind::GreaterEqual : TokenKind::End;
+    default: return TokenKind::End;
+  }
+}
+
 }  // namespace
 
-Token TokenStream::Next() { return Lexer(text_, pos_).Run(); }
+// Operators and names, most of a formula's tokens, are read here; numbers and
+// errors by the lexer.
+Token TokenStream::Next() {
+  const std::size_t size = text_.size();
+  std::size_t pos = pos_;
+  while (pos < size && IsSpace(text_[pos])) ++pos;
+  pos_ = pos;
+  if (pos == size || IsDigit(text_[pos]) || text_[pos] == '.' || text_[pos] == '!' ||
+      (text_[pos] == '=' && pos + 1 < size && text_[pos + 1] == '='))
+    return Lexer(text_, pos_).Run();
+  const char c = text_[pos];
+  Token token;
+  token.position = static_cast<std::uint32_t>(pos + 1);
+  std::size_t end = pos + 1;
+  const TokenKind symbol = kSymbolTokens.kind[static_cast<unsigned char>(c)];
+  if (symbol != TokenKind::End) {
+    token.kind = symbol;
+    if (end < size) {
+      const TokenKind pair = Pair(symbol, text_[end]);
+      if (pair != TokenKind::End) {
+        token.kind = pair;
+        ++end;
+      }
+    }
+  } else if (IsIdentifierStart(c)) {
+    token.kind = TokenKind::Identifier;
+    while (end < size && IsIdentifierChar(text_[end])) ++end;
+  } else {
+    return Lexer(text_, pos_).Run();
+  }
+  token.text = text_.substr(pos, end - pos);
+  pos_ = end;
+  return token;
+}
 
 std::string Describe(const Token& token) {
   if (token.kind == TokenKind::End) return "end of formula";
