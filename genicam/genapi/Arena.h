@@ -14,6 +14,27 @@
 namespace GenApi {
 namespace impl {
 
+// Copies n bytes; the short runs of names and element texts without a library call.
+inline void CopyBytes(char* to, const char* from, size_t n) {
+  if (n > 16) {
+    std::memcpy(to, from, n);
+  } else if (n >= 8) {
+    uint64_t head, tail;
+    std::memcpy(&head, from, 8);
+    std::memcpy(&tail, from + n - 8, 8);
+    std::memcpy(to, &head, 8);
+    std::memcpy(to + n - 8, &tail, 8);
+  } else if (n >= 4) {
+    uint32_t head, tail;
+    std::memcpy(&head, from, 4);
+    std::memcpy(&tail, from + n - 4, 4);
+    std::memcpy(to, &head, 4);
+    std::memcpy(to + n - 4, &tail, 4);
+  } else {
+    for (size_t i = 0; i < n; ++i) to[i] = from[i];
+  }
+}
+
 class Arena {
  public:
   Arena() = default;
@@ -47,7 +68,7 @@ class Arena {
   // A NUL-terminated copy of text.
   const char* Copy(std::string_view text) {
     char* out = static_cast<char*>(Allocate(text.size() + 1, 1));
-    if (!text.empty()) std::memcpy(out, text.data(), text.size());
+    CopyBytes(out, text.data(), text.size());
     out[text.size()] = '\0';
     return out;
   }

@@ -1,10 +1,11 @@
 // Formula declarations, compilation and evaluation over nodes.
 #include "FormulaSupport.h"
 
-#include <unordered_map>
+#include <cstring>
 
 #include "EnumerationNodes.h"
 #include "NodeMap.h"
+#include "formula/FormulaCompiler.h"
 
 namespace GenApi {
 namespace impl {
@@ -34,14 +35,50 @@ void FormulaVariables::CollectLinks(NodeImpl* owner, LinkSink& sink) {
   for (Ref& r : vars_) sink.Link(owner, r, LinkClass::Reading, Elem::pVariable, kPolyInteger);
 }
 
-formula::FormulaDeclarations FormulaVariables::Declarations(const char* extra) const {
-  formula::FormulaDeclarations d;
-  d.variables.reserve(names_.size() + 1);
-  for (const char* n : names_) d.variables.emplace_back(n);
-  if (extra) d.variables.emplace_back(extra);
-  for (const Named& c : constants_) d.constants.emplace_back(c.name, c.text);
-  for (const Named& x : expressions_) d.expressions.emplace_back(x.name, x.text);
-  return d;
+formula::DeclarationViews FormulaVariables::Views(const char* extra, Scratch& scratch) const {
+  scratch.variables.assign(names_.begin(), names_.end());
+  if (extra) scratch.variables.emplace_back(extra);
+  scratch.constants.clear();
+  for (const Named& c : constants_) scratch.constants.push_back({c.name, c.text});
+  scratch.expressions.clear();
+  for (const Named& x : expressions_) scratch.expressions.push_back({x.name, x.text});
+  return formula::DeclarationViews{scratch.variables.data(), scratch.variables.size(),
+                                   scratch.constants.data(), scratch.constants.size(),
+                                   scratch.expressions.data(), scratch.expressions.size()};
+}
+
+namespace {
+
+uint64_t Mix(uint64_t h, const char* text) {
+  return (h ^ HashText(text)) * 0x9E3779B97F4A7C15ull;
+}
+
+bool SameText(const char* a, const char* b) { return a == b || std::strcmp(a, b) == 0; }
+
+}  // namespace
+
+uint64_t FormulaVariables::Hash() const {
+  uint64_t h = names_.size() | (constants_.size() << 16) | (expressions_.size() << 32);
+  for (const char* n : names_) h = Mix(h, n);
+  for (const Named& c : constants_) h = Mix(Mix(h, c.name), c.text);
+  for (const Named& x : expressions_) h = Mix(Mix(h, x.name), x.text);
+  return h;
+}
+
+bool FormulaVariables::SameAs(const FormulaVariables& other) const {
+  if (names_.size() != other.names_.size() || constants_.size() != other.constants_.size() ||
+      expressions_.size() != other.expressions_.size())
+    return false;
+  for (size_t i = 0; i < names_.size(); ++i)
+    if (!SameText(names_[i], other.names_[i])) return false;
+  const auto same = [](const Named& a, const Named& b) {
+    return SameText(a.name, b.name) && SameText(a.text, b.text);
+  };
+  for (size_t i = 0; i < constants_.size(); ++i)
+    if (!same(constants_[i], other.constants_[i])) return false;
+  for (size_t i = 0; i < expressions_.size(); ++i)
+    if (!same(expressions_[i], other.expressions_[i])) return false;
+  return true;
 }
 
 EAccessMode FormulaVariables::Mode() const {
@@ -122,22 +159,59 @@ class NodeVariableSource : public formula::IVariableSource {
 
 #ifdef VQ_HAVE_FORMULA
 
+// Open addressing over the compiled formulas by text, arithmetic and declarations.
 class FormulaCache {
  public:
   struct Entry {
+    uint64_t hash;
+    bool integer;
+    const char* text;
+    const FormulaVariables* vars;
+    const char* extra;
     std::optional<formula::Formula> formula;
     const char* error = nullptr;
   };
-  std::unordered_map<std::string, Entry> entries;
-  std::string key;  // reused for every look-up
-};
 
-void FormulaVariables::AppendKey(std::string& key, const char* extra) const {
-  for (const char* n : names_) (key += '\1') += n;
-  if (extra) (key += '\1') += extra;
-  for (const Named& c : constants_) (((key += '\2') += c.name) += '=') += c.text;
-  for (const Named& x : expressions_) (((key += '\3') += x.name) += '=') += x.text;
-}
+  // The entry for a formula, and whether it was made just now (still to compile).
+  Entry& Find(bool integer, const char* text, const FormulaVariables& vars, const char* extra,
+              bool& created) {
+    if (2 * (entries_.size() + 1) > slots_.size()) Grow();
+    const uint64_t hash = Mix(Mix(vars.Hash() + integer, text), extra ? extra : "\1");
+    const size_t mask = slots_.size() - 1;
+    size_t i = hash & mask;
+    for (; slots_[i] != 0; i = (i + 1) & mask) {
+      Entry& e = entries_[slots_[i] - 1];
+      if (e.hash == hash && e.integer == integer && SameText(e.text, text) &&
+          (e.extra == extra || (e.extra && extra && SameText(e.extra, extra))) &&
+          e.vars->SameAs(vars)) {
+        created = false;
+        return e;
+      }
+    }
+    entries_.push_back(Entry{hash, integer, text, &vars, extra, std::nullopt, nullptr});
+    slots_[i] = static_cast<uint32_t>(entries_.size());
+    created = true;
+    return entries_.back();
+  }
+
+  // Reused for every compilation.
+  FormulaVariables::Scratch declarations;
+  formula::detail::CompileScratch buffers;
+
+ private:
+  void Grow() {
+    slots_.assign(slots_.empty() ? 1024 : 2 * slots_.size(), 0);
+    const size_t mask = slots_.size() - 1;
+    for (uint32_t n = 0; n < entries_.size(); ++n) {
+      size_t i = entries_[n].hash & mask;
+      while (slots_[i] != 0) i = (i + 1) & mask;
+      slots_[i] = n + 1;
+    }
+  }
+
+  std::vector<Entry> entries_;
+  std::vector<uint32_t> slots_;  // entry index + 1; 0 marks a free slot
+};
 
 FormulaCacheScope::FormulaCacheScope(NodeMap& map) : map_(map), cache_(new FormulaCache) {
   map_.SetFormulaCache(cache_.get());
@@ -150,23 +224,22 @@ void FormulaProgram::Compile(const NodeImpl* owner, const char* element, const c
   element_ = element;
   if (!text) text = "";
   FormulaCache* cache = owner->Map()->GetFormulaCache();
+  FormulaVariables::Scratch local;
   FormulaCache::Entry* entry = nullptr;
   if (cache) {
-    std::string& key = cache->key;
-    key.assign(integer ? "I" : "F").append(text);
-    vars.AppendKey(key, extra);
-    auto found = cache->entries.find(key);
-    if (found != cache->entries.end()) {
-      formula_ = found->second.formula;
-      error_ = found->second.error;
+    bool created = false;
+    entry = &cache->Find(integer, text, vars, extra, created);
+    if (!created) {
+      formula_ = entry->formula;
+      error_ = entry->error;
       return;
     }
-    entry = &cache->entries[key];
   }
   try {
-    formula_ = formula::Formula::Compile(text, vars.Declarations(extra),
-                                         integer ? formula::Arithmetic::Integer
-                                                 : formula::Arithmetic::Float);
+    formula_ = formula::Formula::Compile(
+        std::string_view(text), vars.Views(extra, cache ? cache->declarations : local),
+        integer ? formula::Arithmetic::Integer : formula::Arithmetic::Float,
+        cache ? &cache->buffers : nullptr);
   } catch (const formula::FormulaError& e) {
     error_ = owner->Map()->Memory().Copy(e.what());
   }

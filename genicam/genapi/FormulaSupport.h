@@ -4,6 +4,8 @@
 
 #include <memory>
 #include <optional>
+#include <string_view>
+#include <vector>
 
 #include "NameTable.h"
 #include "Node.h"
@@ -17,11 +19,17 @@ class FormulaVariables {
  public:
   bool Parse(const XmlElem& e, NodeImpl* owner, NameTable& names, Arena& arena);
   void CollectLinks(NodeImpl* owner, LinkSink& sink);
-  // Declarations for one formula; `extra` (FROM or TO) is appended as the
-  // last variable when given.
-  formula::FormulaDeclarations Declarations(const char* extra) const;
-  // Appends what the declarations consist of, as part of a cache key.
-  void AppendKey(std::string& key, const char* extra) const;
+  // Declarations for one formula as views kept in `scratch`; `extra` (FROM or
+  // TO) is appended as the last variable when given.
+  struct Scratch {
+    std::vector<std::string_view> variables;
+    std::vector<formula::NamedText> constants, expressions;
+  };
+  formula::DeclarationViews Views(const char* extra, Scratch& scratch) const;
+  // A hash of what the declarations consist of, and whether two lists
+  // declare the same names with the same texts.
+  uint64_t Hash() const;
+  bool SameAs(const FormulaVariables& other) const;
   // NI when a variable is NI, NA when one is otherwise unreadable, else RO.
   EAccessMode Mode() const;
   size_t Count() const { return vars_.size(); }

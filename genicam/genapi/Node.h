@@ -61,8 +61,15 @@ class Ref {
 class LinkSink {
  public:
   virtual ~LinkSink() = default;
-  // kinds: the node kinds the pointer may name.
-  virtual void Link(NodeImpl* owner, Ref& ref, LinkClass cls, Elem element, uint16_t kinds) = 0;
+  // kinds: the node kinds the pointer may name. Pointers the description did
+  // not give (most of a node's) are passed over here.
+  void Link(NodeImpl* owner, Ref& ref, LinkClass cls, Elem element, uint16_t kinds) {
+    if (ref.Named()) LinkNamed(owner, ref, cls, element, kinds);
+  }
+
+ protected:
+  virtual void LinkNamed(NodeImpl* owner, Ref& ref, LinkClass cls, Elem element,
+                         uint16_t kinds) = 0;
 };
 
 // One element of the node as the description gave it, for GetProperty. The

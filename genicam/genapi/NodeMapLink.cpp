@@ -77,10 +77,12 @@ class Buckets {
 class Linker : public LinkSink {
  public:
   Linker(NodeMap& map, const std::vector<NodeImpl*>& nodes)
-      : map_(map), nodes_(nodes), mark_(nodes.size(), UINT32_MAX) {}
+      : map_(map), nodes_(nodes), mark_(nodes.size(), UINT32_MAX) {
+    edges_.reserve(4 * nodes.size());  // real descriptions have two to three pointers per node
+  }
 
-  void Link(NodeImpl* owner, Ref& ref, LinkClass cls, Elem element, uint16_t kinds) override {
-    if (!ref.Named()) return;
+  void LinkNamed(NodeImpl* owner, Ref& ref, LinkClass cls, Elem element,
+                 uint16_t kinds) override {
     NodeImpl* target = Resolve(ref.NameId());
     if (!target)
       throw RUNTIME_EXCEPTION("Node '%s' : element '%s' points to the unknown node '%s'",

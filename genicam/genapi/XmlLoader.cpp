@@ -40,6 +40,14 @@ std::string_view Trim(std::string_view s) {
   return s;
 }
 
+// The text without the white space around it.
+std::string_view Trim(const char* text) {
+  while (IsSpace(*text)) ++text;
+  size_t size = std::strlen(text);
+  while (size != 0 && IsSpace(text[size - 1])) --size;
+  return std::string_view(text, size);
+}
+
 bool IsText(const pugi::xml_node& n) {
   return n.type() == pugi::node_pcdata || n.type() == pugi::node_cdata;
 }
@@ -246,9 +254,9 @@ class Loader {
       }
     }
     char* out = static_cast<char*>(arena_.Allocate(value.size() + attr.size() + 2, 1));
-    if (!value.empty()) std::memcpy(out, value.data(), value.size());
+    CopyBytes(out, value.data(), value.size());
     out[value.size()] = '\0';
-    if (!attr.empty()) std::memcpy(out + value.size() + 1, attr.data(), attr.size());
+    CopyBytes(out + value.size() + 1, attr.data(), attr.size());
     out[value.size() + 1 + attr.size()] = '\0';
     return out;
   }

@@ -19,18 +19,31 @@ namespace {
 
 constexpr std::size_t kQuotedTextLimit = 60;
 
-std::string Quoted(const std::string& text) {
-  if (text.size() <= kQuotedTextLimit) return "\"" + text + "\"";
-  return "\"" + text.substr(0, kQuotedTextLimit) + "...\"";
+std::string Quoted(std::string_view text) {
+  if (text.size() <= kQuotedTextLimit) return "\"" + std::string(text) + "\"";
+  return "\"" + std::string(text.substr(0, kQuotedTextLimit)) + "...\"";
 }
 
 }  // namespace
 
 Formula Formula::Compile(const std::string& text, const FormulaDeclarations& declarations,
                          Arithmetic arithmetic) {
+  const std::vector<std::string_view> variables(declarations.variables.begin(),
+                                                declarations.variables.end());
+  std::vector<NamedText> constants, expressions;
+  for (const auto& [name, body] : declarations.constants) constants.push_back({name, body});
+  for (const auto& [name, body] : declarations.expressions) expressions.push_back({name, body});
+  return Compile(text, DeclarationViews{variables.data(), variables.size(), constants.data(),
+                                        constants.size(), expressions.data(), expressions.size()},
+                 arithmetic);
+}
+
+Formula Formula::Compile(std::string_view text, const DeclarationViews& declarations,
+                         Arithmetic arithmetic, detail::CompileScratch* scratch) {
   try {
     detail::Scope scope(declarations, arithmetic);
-    return Formula(std::make_shared<const Program>(detail::CompileCode(text, scope, arithmetic)));
+    return Formula(
+        std::make_shared<const Program>(detail::CompileCode(text, scope, arithmetic, scratch)));
   } catch (const FormulaError& error) {
     throw FormulaError(std::string(error.what()) + " in formula " + Quoted(text));
   }

@@ -7,11 +7,15 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace GenApi {
 namespace formula {
+namespace detail {
+struct CompileScratch;
+}
 
 // Integer knives compute in int64, float knives in double.
 enum class Arithmetic { Integer, Float };
@@ -30,6 +34,20 @@ struct FormulaDeclarations {
   std::vector<std::string> variables;                            // pVariable names, FROM/TO
   std::vector<std::pair<std::string, std::string>> constants;    // <Constant Name="N">text</Constant>
   std::vector<std::pair<std::string, std::string>> expressions;  // <Expression Name="N">text</Expression>
+};
+
+// The same declarations as views of texts the caller keeps while compiling.
+struct NamedText {
+  std::string_view name;
+  std::string_view text;
+};
+struct DeclarationViews {
+  const std::string_view* variables = nullptr;
+  std::size_t variableCount = 0;
+  const NamedText* constants = nullptr;
+  std::size_t constantCount = 0;
+  const NamedText* expressions = nullptr;
+  std::size_t expressionCount = 0;
 };
 
 // Supplies variable values while a formula is evaluated. Integer formulas ask
@@ -54,6 +72,9 @@ class Formula {
   // Throws FormulaError when the text does not parse or names something undeclared.
   static Formula Compile(const std::string& text, const FormulaDeclarations& declarations,
                          Arithmetic arithmetic);
+  // scratch: buffers kept between compilations (see CompileScratch); may be null.
+  static Formula Compile(std::string_view text, const DeclarationViews& declarations,
+                         Arithmetic arithmetic, detail::CompileScratch* scratch = nullptr);
 
   int64_t EvaluateInteger(IVariableSource& source) const;
   double EvaluateFloat(IVariableSource& source) const;

@@ -80,7 +80,21 @@ struct Code {
 };
 
 // Stack effect of one instruction (pushes minus pops).
-int StackEffect(OpCode op);
+inline int StackEffect(OpCode op) {
+  switch (op) {
+    case OpCode::PushConstant:
+    case OpCode::PushVariable:
+      return 1;
+    case OpCode::Negate:
+    case OpCode::BitNot:
+    case OpCode::ToBool:
+    case OpCode::Call1:
+    case OpCode::Jump:
+      return 0;
+    default:
+      return -1;  // binary operators, Call2, JumpIfZero
+  }
+}
 
 }  // namespace detail
 }  // namespace formula

@@ -8,66 +8,18 @@ namespace GenApi {
 namespace formula {
 namespace detail {
 
-int StackEffect(OpCode op) {
-  switch (op) {
-    case OpCode::PushConstant:
-    case OpCode::PushVariable:
-      return 1;
-    case OpCode::Negate:
-    case OpCode::BitNot:
-    case OpCode::ToBool:
-    case OpCode::Call1:
-    case OpCode::Jump:
-      return 0;
-    default:
-      return -1;  // binary operators, Call2, JumpIfZero
-  }
+CodeBuilder::CodeBuilder(Arithmetic arithmetic, Code& work) : code_(work) {
+  code_.arithmetic = arithmetic;
+  code_.instructions.clear();
+  code_.integerConstants.clear();
+  code_.floatConstants.clear();
+  code_.references.clear();
+  code_.maxStack = 0;
 }
 
-CodeBuilder::CodeBuilder(Arithmetic arithmetic) { code_.arithmetic = arithmetic; }
-
-void CodeBuilder::Adjust(int effect) {
-  if (effect < 0 && height_ < static_cast<std::size_t>(-effect)) {
-    height_ = 0;  // only while splicing, where the height is set afterwards
-    return;
-  }
-  height_ = static_cast<std::size_t>(static_cast<long long>(height_) + effect);
-  code_.maxStack = std::max(code_.maxStack, height_);
-}
-
-void CodeBuilder::Append(const Instruction& instruction) {
-  if (code_.instructions.size() >= kMaxInstructions) {
-    throw FormulaError("formula too large (more than " + std::to_string(kMaxInstructions) +
-                       " operations after expanding expressions)");
-  }
-  code_.instructions.push_back(instruction);
-  Adjust(StackEffect(instruction.op));
-}
-
-void CodeBuilder::Emit(OpCode op, std::size_t position, Function function) {
-  Instruction instruction;
-  instruction.op = op;
-  instruction.function = function;
-  instruction.position = static_cast<std::uint32_t>(position);
-  Append(instruction);
-}
-
-void CodeBuilder::PushInteger(std::int64_t value, std::size_t position) {
-  Instruction instruction;
-  instruction.op = OpCode::PushConstant;
-  instruction.position = static_cast<std::uint32_t>(position);
-  instruction.operand = static_cast<std::int32_t>(code_.integerConstants.size());
-  code_.integerConstants.push_back(value);
-  Append(instruction);
-}
-
-void CodeBuilder::PushFloat(double value, std::size_t position) {
-  Instruction instruction;
-  instruction.op = OpCode::PushConstant;
-  instruction.position = static_cast<std::uint32_t>(position);
-  instruction.operand = static_cast<std::int32_t>(code_.floatConstants.size());
-  code_.floatConstants.push_back(value);
-  Append(instruction);
+void CodeBuilder::ThrowTooLarge() {
+  throw FormulaError("formula too large (more than " + std::to_string(kMaxInstructions) +
+                     " operations after expanding expressions)");
 }
 
 void CodeBuilder::PushVariable(const VariableRef& ref, std::size_t position) {
@@ -117,13 +69,16 @@ void CodeBuilder::Splice(const Code& fragment, std::size_t position) {
   height_ = base + 1;
 }
 
-// The program is kept as long as the node map: no spare capacity.
+// The program is kept as long as the node map: copies without spare capacity.
 Code CodeBuilder::Finish() {
-  code_.instructions.shrink_to_fit();
-  code_.integerConstants.shrink_to_fit();
-  code_.floatConstants.shrink_to_fit();
-  code_.references.shrink_to_fit();
-  return std::move(code_);
+  Code code;
+  code.arithmetic = code_.arithmetic;
+  code.instructions = code_.instructions;
+  code.integerConstants = code_.integerConstants;
+  code.floatConstants = code_.floatConstants;
+  code.references = code_.references;
+  code.maxStack = code_.maxStack;
+  return code;
 }
 
 }  // namespace detail

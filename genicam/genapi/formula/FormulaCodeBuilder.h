@@ -17,17 +17,24 @@ constexpr std::size_t kMaxInstructions = std::size_t{1} << 20;
 
 class CodeBuilder {
  public:
-  explicit CodeBuilder(Arithmetic arithmetic);
+  // Builds in work (emptied first), which may hold a previous program.
+  CodeBuilder(Arithmetic arithmetic, Code& work);
 
   Arithmetic GetArithmetic() const { return code_.arithmetic; }
-  void Reserve(std::size_t instructions) {
-    code_.instructions.reserve(instructions);
-    code_.integerConstants.reserve(instructions / 2);
-  }
 
-  void Emit(OpCode op, std::size_t position, Function function = Function::None);
-  void PushInteger(std::int64_t value, std::size_t position);
-  void PushFloat(double value, std::size_t position);
+  void Emit(OpCode op, std::size_t position, Function function = Function::None) {
+    Append(Instruction{op, function, static_cast<std::uint32_t>(position), 0});
+  }
+  void PushInteger(std::int64_t value, std::size_t position) {
+    Append(Instruction{OpCode::PushConstant, Function::None, static_cast<std::uint32_t>(position),
+                       static_cast<std::int32_t>(code_.integerConstants.size())});
+    code_.integerConstants.push_back(value);
+  }
+  void PushFloat(double value, std::size_t position) {
+    Append(Instruction{OpCode::PushConstant, Function::None, static_cast<std::uint32_t>(position),
+                       static_cast<std::int32_t>(code_.floatConstants.size())});
+    code_.floatConstants.push_back(value);
+  }
   void PushVariable(const VariableRef& ref, std::size_t position);
 
   // Emits a jump with an open target; PatchJumpToHere() closes it.
@@ -44,10 +51,22 @@ class CodeBuilder {
   Code Finish();
 
  private:
-  void Append(const Instruction& instruction);
-  void Adjust(int effect);
+  void Append(const Instruction& instruction) {
+    if (code_.instructions.size() >= kMaxInstructions) ThrowTooLarge();
+    code_.instructions.push_back(instruction);
+    Adjust(StackEffect(instruction.op));
+  }
+  void Adjust(int effect) {
+    if (effect < 0 && height_ < static_cast<std::size_t>(-effect)) {
+      height_ = 0;  // only while splicing, where the height is set afterwards
+      return;
+    }
+    height_ = static_cast<std::size_t>(static_cast<long long>(height_) + effect);
+    if (height_ > code_.maxStack) code_.maxStack = height_;
+  }
+  [[noreturn]] static void ThrowTooLarge();
 
-  Code code_;
+  Code& code_;
   std::size_t height_ = 0;
 };
 

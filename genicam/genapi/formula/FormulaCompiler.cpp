@@ -33,37 +33,43 @@ constexpr int kOrLevel = 1;
 constexpr int kAndLevel = 2;
 
 // The binary operators below ** (and the ? of ?:), by token, lowest level first.
-BinaryOperator BinaryOperatorOf(TokenKind token) {
-  switch (token) {
-    case TokenKind::Question: return {kConditionalLevel, OpCode::Jump};
-    case TokenKind::PipePipe: return {kOrLevel, OpCode::Jump};
-    case TokenKind::AmpAmp: return {kAndLevel, OpCode::Jump};
-    case TokenKind::Pipe: return {3, OpCode::BitOr};
-    case TokenKind::Caret: return {4, OpCode::BitXor};
-    case TokenKind::Amp: return {5, OpCode::BitAnd};
-    case TokenKind::Equal: return {6, OpCode::Equal};
-    case TokenKind::NotEqual: return {6, OpCode::NotEqual};
-    case TokenKind::Less: return {7, OpCode::Less};
-    case TokenKind::LessEqual: return {7, OpCode::LessEqual};
-    case TokenKind::Greater: return {7, OpCode::Greater};
-    case TokenKind::GreaterEqual: return {7, OpCode::GreaterEqual};
-    case TokenKind::ShiftLeft: return {8, OpCode::ShiftLeft};
-    case TokenKind::ShiftRight: return {8, OpCode::ShiftRight};
-    case TokenKind::Plus: return {9, OpCode::Add};
-    case TokenKind::Minus: return {9, OpCode::Subtract};
-    case TokenKind::Star: return {10, OpCode::Multiply};
-    case TokenKind::Slash: return {10, OpCode::Divide};
-    case TokenKind::Percent: return {10, OpCode::Remainder};
-    default: return {-1, OpCode::Add};
+struct BinaryOperators {
+  BinaryOperator of[size_t(TokenKind::Invalid) + 1] = {};
+  constexpr void Set(TokenKind token, int level, OpCode op) { of[size_t(token)] = {level, op}; }
+  constexpr BinaryOperators() {
+    for (auto& entry : of) entry = {-1, OpCode::Add};
+    Set(TokenKind::Question, kConditionalLevel, OpCode::Jump);
+    Set(TokenKind::PipePipe, kOrLevel, OpCode::Jump);
+    Set(TokenKind::AmpAmp, kAndLevel, OpCode::Jump);
+    Set(TokenKind::Pipe, 3, OpCode::BitOr);
+    Set(TokenKind::Caret, 4, OpCode::BitXor);
+    Set(TokenKind::Amp, 5, OpCode::BitAnd);
+    Set(TokenKind::Equal, 6, OpCode::Equal);
+    Set(TokenKind::NotEqual, 6, OpCode::NotEqual);
+    Set(TokenKind::Less, 7, OpCode::Less);
+    Set(TokenKind::LessEqual, 7, OpCode::LessEqual);
+    Set(TokenKind::Greater, 7, OpCode::Greater);
+    Set(TokenKind::GreaterEqual, 7, OpCode::GreaterEqual);
+    Set(TokenKind::ShiftLeft, 8, OpCode::ShiftLeft);
+    Set(TokenKind::ShiftRight, 8, OpCode::ShiftRight);
+    Set(TokenKind::Plus, 9, OpCode::Add);
+    Set(TokenKind::Minus, 9, OpCode::Subtract);
+    Set(TokenKind::Star, 10, OpCode::Multiply);
+    Set(TokenKind::Slash, 10, OpCode::Divide);
+    Set(TokenKind::Percent, 10, OpCode::Remainder);
   }
+};
+constexpr BinaryOperators kBinaryOperators;
+
+bool IsPrefix(TokenKind kind) {
+  return kind == TokenKind::Minus || kind == TokenKind::Plus || kind == TokenKind::Tilde;
 }
 
 class Parser {
  public:
-  Parser(std::string_view text, Scope& scope, Arithmetic arithmetic)
-      : tokens_(text), scope_(scope), builder_(arithmetic) {
-    builder_.Reserve(text.size() / 2 + 4);
-    current_ = tokens_.Next();
+  Parser(std::string_view text, Scope& scope, Arithmetic arithmetic, CompileScratch& scratch)
+      : tokens_(text, scratch.tokens), scope_(scope), builder_(arithmetic, scratch.code) {
+    if (tokens_[0].kind == TokenKind::Invalid) tokens_.ThrowInvalid();
   }
 
   Code Run() {
@@ -93,30 +99,26 @@ class Parser {
     Parser& parser_;
   };
 
-  const Token& Peek() const { return current_; }
-  const Token& PeekAhead() {
-    if (!hasAhead_) {
-      ahead_ = current_.kind == TokenKind::End ? current_ : tokens_.Next();
-      hasAhead_ = true;
-    }
-    return ahead_;
+  const Token& Peek() const { return *current_; }
+  const Token& PeekAhead() const {
+    if (Peek().kind == TokenKind::End) return Peek();
+    const Token& ahead = current_[1];
+    if (ahead.kind == TokenKind::Invalid) tokens_.ThrowInvalid();
+    return ahead;
   }
   // Moves on; returns the position of the token moved past.
   std::size_t Advance() {
-    const std::size_t position = current_.position;
-    if (hasAhead_) {
-      current_ = ahead_;
-      hasAhead_ = false;
-    } else if (current_.kind != TokenKind::End) {
-      current_ = tokens_.Next();
-    }
-    return position;
+    const Token& current = Peek();
+    if (current.kind == TokenKind::End) return current.position;
+    if ((++current_)->kind == TokenKind::Invalid) tokens_.ThrowInvalid();
+    return current.position;
   }
   void Expect(TokenKind kind, const char* what) {
-    if (Peek().kind != kind) {
-      FailAt(std::string("expected ") + what + " but found " + Describe(Peek()), Peek().position);
-    }
+    if (Peek().kind != kind) FailExpected(what);
     Advance();
+  }
+  [[noreturn]] void FailExpected(const char* what) const {
+    FailAt(std::string("expected ") + what + " but found " + Describe(Peek()), Peek().position);
   }
 
   void PushTruth(int value, std::size_t position) {
@@ -140,7 +142,7 @@ class Parser {
   void ParseBinary(int minLevel) {
     ParsePower();
     for (;;) {
-      const BinaryOperator match = BinaryOperatorOf(Peek().kind);
+      const BinaryOperator match = kBinaryOperators.of[size_t(Peek().kind)];
       if (match.level < minLevel) return;
       const std::size_t position = Advance();
       switch (match.level) {
@@ -194,8 +196,12 @@ class Parser {
   }
 
   // a ** b, right-associative; binds tighter than * but looser than prefixes.
+  // Operands without a prefix, most of them, go straight to ParsePrimary.
   void ParsePower() {
-    ParseUnary();
+    if (IsPrefix(Peek().kind))
+      ParseUnary();
+    else
+      ParsePrimary();
     if (Peek().kind != TokenKind::StarStar) return;
     const std::size_t position = Advance();
     NestingGuard guard(*this, position);
@@ -205,7 +211,7 @@ class Parser {
 
   void ParseUnary() {
     const TokenKind kind = Peek().kind;
-    if (kind != TokenKind::Minus && kind != TokenKind::Plus && kind != TokenKind::Tilde) {
+    if (!IsPrefix(kind)) {
       ParsePrimary();
       return;
     }
@@ -231,15 +237,18 @@ class Parser {
           Advance();
         }
         return;
-      case TokenKind::LeftParen: {
-        Advance();
-        ParseConditional();
-        Expect(TokenKind::RightParen, "')'");
+      case TokenKind::LeftParen:
+        ParseParenthesised();
         return;
-      }
       default:
         FailAt("expected a number, name or '(' but found " + Describe(token), token.position);
     }
+  }
+
+  void ParseParenthesised() {
+    Advance();
+    ParseConditional();
+    Expect(TokenKind::RightParen, "')'");
   }
 
   void PushNumber(const Token& token) {
@@ -307,10 +316,8 @@ class Parser {
     builder_.Emit(count == 2 ? OpCode::Call2 : OpCode::Call1, name.position, info.function);
   }
 
-  TokenStream tokens_;
-  Token current_;
-  Token ahead_;
-  bool hasAhead_ = false;
+  TokenList tokens_;
+  const Token* current_ = &tokens_[0];
   Scope& scope_;
   CodeBuilder builder_;
   int depth_ = 0;
@@ -318,11 +325,14 @@ class Parser {
 
 }  // namespace
 
-Code CompileCode(std::string_view text, Scope& scope, Arithmetic arithmetic) {
+Code CompileCode(std::string_view text, Scope& scope, Arithmetic arithmetic,
+                 CompileScratch* scratch) {
   if (text.size() > kMaxFormulaLength) {
     throw FormulaError("formula longer than " + std::to_string(kMaxFormulaLength) + " characters");
   }
-  return Parser(text, scope, arithmetic).Run();
+  if (scratch != nullptr) return Parser(text, scope, arithmetic, *scratch).Run();
+  CompileScratch own;
+  return Parser(text, scope, arithmetic, own).Run();
 }
 
 }  // namespace detail

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 #include "FormulaCode.h"
+#include "FormulaLexer.h"
 #include "FormulaScope.h"
 
 namespace GenApi {
@@ -15,9 +17,17 @@ constexpr std::size_t kMaxFormulaLength = 64 * 1024;
 // Nesting of parentheses, function calls, unary operators and right-associative chains.
 constexpr int kMaxNestingDepth = 256;
 
+// Buffers a compilation works in. Kept from one compilation to the next, they
+// spare the allocations; the compiled Code gets copies of exactly its size.
+struct CompileScratch {
+  std::vector<Token> tokens;
+  Code code;
+};
+
 // Compiles `text` with the names of `scope`. Throws FormulaError with the
 // problem and its position.
-Code CompileCode(std::string_view text, Scope& scope, Arithmetic arithmetic);
+Code CompileCode(std::string_view text, Scope& scope, Arithmetic arithmetic,
+                 CompileScratch* scratch = nullptr);
 
 }  // namespace detail
 }  // namespace formula

@@ -323,27 +323,19 @@ TokenKind Pair(TokenKind first, char second) {
   }
 }
 
-}  // namespace
-
-// Operators and names, most of a formula's tokens, are read here; numbers and
+// Reads the token at pos into token and moves pos past it. Operators and
+// names, most of a formula's tokens, are read here; numbers, the end and
 // errors by the lexer.
-Token TokenStream::Next() {
-  const std::size_t size = text_.size();
-  std::size_t pos = pos_;
-  while (pos < size && IsSpace(text_[pos])) ++pos;
-  pos_ = pos;
-  if (pos == size || IsDigit(text_[pos]) || text_[pos] == '.' || text_[pos] == '!' ||
-      (text_[pos] == '=' && pos + 1 < size && text_[pos + 1] == '='))
-    return Lexer(text_, pos_).Run();
-  const char c = text_[pos];
-  Token token;
-  token.position = static_cast<std::uint32_t>(pos + 1);
-  std::size_t end = pos + 1;
+void ReadToken(std::string_view text, std::size_t& pos, Token& token) {
+  const std::size_t size = text.size();
+  while (pos < size && IsSpace(text[pos])) ++pos;
+  const char c = pos < size ? text[pos] : '\0';
   const TokenKind symbol = kSymbolTokens.kind[static_cast<unsigned char>(c)];
-  if (symbol != TokenKind::End) {
+  std::size_t end = pos + 1;
+  if (symbol != TokenKind::End && !(symbol == TokenKind::Equal && end < size && text[end] == '=')) {
     token.kind = symbol;
     if (end < size) {
-      const TokenKind pair = Pair(symbol, text_[end]);
+      const TokenKind pair = Pair(symbol, text[end]);
       if (pair != TokenKind::End) {
         token.kind = pair;
         ++end;
@@ -351,14 +343,32 @@ Token TokenStream::Next() {
     }
   } else if (IsIdentifierStart(c)) {
     token.kind = TokenKind::Identifier;
-    while (end < size && IsIdentifierChar(text_[end])) ++end;
+    while (end < size && IsIdentifierChar(text[end])) ++end;
   } else {
-    return Lexer(text_, pos_).Run();
+    token = Lexer(text, pos).Run();
+    return;
   }
-  token.text = text_.substr(pos, end - pos);
-  pos_ = end;
-  return token;
+  token.position = static_cast<std::uint32_t>(pos + 1);
+  token.text = text.substr(pos, end - pos);
+  pos = end;
 }
+
+}  // namespace
+
+TokenList::TokenList(std::string_view text, std::vector<Token>& storage) : tokens_(storage) {
+  if (tokens_.size() < text.size() + 2) tokens_.resize(text.size() + 2);  // a token takes a character
+  std::size_t pos = 0;
+  std::size_t count = 0;
+  try {
+    do ReadToken(text, pos, tokens_[count]);
+    while (tokens_[count++].kind != TokenKind::End);
+  } catch (const FormulaError& error) {
+    error_ = error.what();
+    tokens_[count].kind = TokenKind::Invalid;
+  }
+}
+
+void TokenList::ThrowInvalid() const { throw FormulaError(error_); }
 
 std::string Describe(const Token& token) {
   if (token.kind == TokenKind::End) return "end of formula";

@@ -41,6 +41,7 @@ enum class TokenKind : std::uint8_t {
   GreaterEqual,
   Equal,
   NotEqual,
+  Invalid,  // text the language does not have; reading it throws the lexer's error
 };
 
 struct Token {
@@ -54,16 +55,21 @@ struct Token {
   double floatValue = 0.0;
 };
 
-// Hands out the tokens of a formula one at a time, End after the last.
-// Next() throws FormulaError naming the offending character and its position.
-class TokenStream {
+// The tokens of a formula, read in one pass: End after the last, or Invalid
+// where the text stops making sense. The parser reads them in order; reaching
+// the Invalid token throws the FormulaError that names the offending character
+// and its position, so errors surface where a token-at-a-time reader would
+// raise them.
+class TokenList {
  public:
-  explicit TokenStream(std::string_view text) : text_(text) {}
-  Token Next();
+  // The tokens are kept in storage, which may hold a previous formula's.
+  TokenList(std::string_view text, std::vector<Token>& storage);
+  const Token& operator[](std::size_t index) const { return tokens_[index]; }
+  [[noreturn]] void ThrowInvalid() const;
 
  private:
-  std::string_view text_;
-  std::size_t pos_ = 0;
+  std::vector<Token>& tokens_;
+  std::string error_;  // the lexer's message for the Invalid token
 };
 
 // Readable name of a token kind for messages ("')'", "end of formula").

@@ -28,8 +28,8 @@ bool EndsWith(std::string_view text, std::string_view suffix) {
   return text.size() > suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
 }
 
-const FormulaDeclarations& NoDeclarations() {
-  static const FormulaDeclarations empty;
+const DeclarationViews& NoDeclarations() {
+  static const DeclarationViews empty;
   return empty;
 }
 
@@ -40,14 +40,14 @@ struct Scope::Entry {
   Code code;
 };
 
-Scope::Scope(const FormulaDeclarations& declarations, Arithmetic arithmetic)
+Scope::Scope(const DeclarationViews& declarations, Arithmetic arithmetic)
     : declarations_(declarations), arithmetic_(arithmetic) {}
 
 Scope::~Scope() = default;
 
 bool Scope::FindVariableIndex(std::string_view name, std::size_t& index) const {
-  const auto& variables = declarations_.variables;
-  for (std::size_t i = 0; i < variables.size(); ++i) {
+  const std::string_view* variables = declarations_.variables;
+  for (std::size_t i = 0; i < declarations_.variableCount; ++i) {
     if (variables[i] == name) {
       index = i;
       return true;
@@ -96,11 +96,13 @@ const Code* Scope::Resolve(std::map<std::string, Entry, std::less<>>& cache, std
     }
     return &cached->second.code;
   }
-  const auto& list = isConstant ? declarations_.constants : declarations_.expressions;
-  const std::string* text = nullptr;
-  for (const auto& [declaredName, declaredText] : list) {
-    if (declaredName == name) {
-      text = &declaredText;
+  const NamedText* list = isConstant ? declarations_.constants : declarations_.expressions;
+  const std::size_t count =
+      isConstant ? declarations_.constantCount : declarations_.expressionCount;
+  const std::string_view* text = nullptr;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (list[i].name == name) {
+      text = &list[i].text;
       break;
     }
   }

@@ -20,7 +20,7 @@ constexpr int kMaxExpressionNesting = 16;
 
 class Scope {
  public:
-  Scope(const FormulaDeclarations& declarations, Arithmetic arithmetic);
+  Scope(const DeclarationViews& declarations, Arithmetic arithmetic);
   ~Scope();
   Scope(const Scope&) = delete;
   Scope& operator=(const Scope&) = delete;
@@ -39,7 +39,7 @@ class Scope {
                       bool isConstant);
   bool FindVariableIndex(std::string_view name, std::size_t& index) const;
 
-  const FormulaDeclarations& declarations_;
+  const DeclarationViews& declarations_;
   Arithmetic arithmetic_;
   std::map<std::string, Entry, std::less<>> constants_;
   std::map<std::string, Entry, std::less<>> expressions_;
