@@ -11,29 +11,10 @@
 #include <type_traits>
 #include <utility>
 
+#include "TextBytes.h"
+
 namespace GenApi {
 namespace impl {
-
-// Copies n bytes; the short runs of names and element texts without a library call.
-inline void CopyBytes(char* to, const char* from, size_t n) {
-  if (n > 16) {
-    std::memcpy(to, from, n);
-  } else if (n >= 8) {
-    uint64_t head, tail;
-    std::memcpy(&head, from, 8);
-    std::memcpy(&tail, from + n - 8, 8);
-    std::memcpy(to, &head, 8);
-    std::memcpy(to + n - 8, &tail, 8);
-  } else if (n >= 4) {
-    uint32_t head, tail;
-    std::memcpy(&head, from, 4);
-    std::memcpy(&tail, from + n - 4, 4);
-    std::memcpy(to, &head, 4);
-    std::memcpy(to + n - 4, &tail, 4);
-  } else {
-    for (size_t i = 0; i < n; ++i) to[i] = from[i];
-  }
-}
 
 class Arena {
  public:

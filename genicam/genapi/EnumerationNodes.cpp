@@ -40,7 +40,7 @@ void EnumEntryNode::FromString(const GenICam::gcstring&, bool) { ThrowNotWritabl
 bool EnumerationNode::ParseSpecific(const XmlElem& e) {
   if (source_.Parse(e, this, map_->Names(), Memory())) return true;
   if (e.id == Elem::pEnumEntry) {
-    AddEntry(map_->Names().Intern(e.Text()));
+    AddEntry(e.Target(map_->Names()));
     return true;
   }
   return false;

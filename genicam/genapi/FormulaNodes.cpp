@@ -58,7 +58,7 @@ bool ConverterParts::Parse(const XmlElem& e, NodeImpl* owner) {
   switch (e.id) {
     case Elem::FormulaTo: toText = e.text; return true;
     case Elem::FormulaFrom: fromText = e.text; return true;
-    case Elem::pValue: pValue.SetName(map->Names().Intern(e.Text())); return true;
+    case Elem::pValue: pValue.SetName(e.Target(map->Names())); return true;
     case Elem::Slope: slope = ParseSlope(e); return true;
     case Elem::IsLinear: return true;
     default: return false;

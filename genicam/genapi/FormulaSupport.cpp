@@ -21,7 +21,7 @@ bool FormulaVariables::Parse(const XmlElem& e, NodeImpl* owner, NameTable& names
   if (e.id == Elem::pVariable) {
     names_.push_back(arena, name);
     Ref ref;
-    ref.SetName(names.Intern(e.Text()));
+    ref.SetName(e.Target(names));
     vars_.push_back(arena, ref);
   } else if (e.id == Elem::Constant) {
     constants_.push_back(arena, Named{name, e.text});

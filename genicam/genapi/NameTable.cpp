@@ -39,7 +39,11 @@ uint32_t NameTable::Intern(std::string_view name) {
   const uint32_t hash = HashText(name);
   const size_t slot = Probe(name, hash);
   if (slots_[slot].id != 0) return slots_[slot].id - 1;
-  entries_.push_back(Entry{arena_.Copy(name), static_cast<uint32_t>(name.size()), hash, nullptr});
+  // Stored as a property value too ("name\0" and an empty attribute "\0").
+  char* text = static_cast<char*>(arena_.Allocate(name.size() + 2, 1));
+  CopyBytes(text, name.data(), name.size());
+  text[name.size()] = text[name.size() + 1] = '\0';
+  entries_.push_back(Entry{text, static_cast<uint32_t>(name.size()), hash, nullptr});
   slots_[slot] = Slot{hash, static_cast<uint32_t>(entries_.size())};
   return slots_[slot].id - 1;
 }

@@ -55,7 +55,7 @@ const char* KindsText(uint16_t kinds) {
 
 Arena& NodeImpl::Memory() const { return map_->Memory(); }
 
-void NodeImpl::SetRef(Ref& ref, const XmlElem& e) { ref.SetName(map_->Names().Intern(e.Text())); }
+void NodeImpl::SetRef(Ref& ref, const XmlElem& e) { ref.SetName(e.Target(map_->Names())); }
 
 void NodeImpl::AddRef(ArenaVec<Ref>& list, const XmlElem& e) {
   Ref ref;

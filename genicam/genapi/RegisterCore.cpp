@@ -20,13 +20,13 @@ bool RegisterCore::Parse(const XmlElem& e, NodeImpl* owner, NameTable& names, Ar
     case Elem::Address: address += ParseInt(node, e); break;
     case Elem::pAddress: {
       Ref ref;
-      ref.SetName(names.Intern(e.Text()));
+      ref.SetName(e.Target(names));
       pAddresses.push_back(arena, ref);
       break;
     }
     case Elem::pIndex: {
       IndexTerm term{Ref(), Ref(), 0, false};
-      term.pIndex.SetName(names.Intern(e.Text()));
+      term.pIndex.SetName(e.Target(names));
       if (const char* off = e.Attr("Offset")) {
         term.offset = ParseInt(node, "Offset", off);
         term.hasOffset = true;
@@ -39,9 +39,9 @@ bool RegisterCore::Parse(const XmlElem& e, NodeImpl* owner, NameTable& names, Ar
       length = ParseInt(node, e);
       hasLength = true;
       break;
-    case Elem::pLength: pLength.SetName(names.Intern(e.Text())); break;
+    case Elem::pLength: pLength.SetName(e.Target(names)); break;
     case Elem::AccessMode: accessMode = ParseAccessMode(e, RO); break;
-    case Elem::pPort: pPort.SetName(names.Intern(e.Text())); break;
+    case Elem::pPort: pPort.SetName(e.Target(names)); break;
     case Elem::Cachable: cachable = ParseCachingMode(e); break;
     case Elem::Endianess:
       endianess = std::strcmp(e.text, "BigEndian") == 0 ? BigEndian : LittleEndian;

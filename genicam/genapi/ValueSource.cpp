@@ -12,14 +12,14 @@ bool ValueSource::Parse(const XmlElem& e, NodeImpl* owner, NameTable& names, Are
       valueText = e.text;
       hasValue = true;
       return true;
-    case Elem::pValue: pValue.SetName(names.Intern(e.Text())); return true;
+    case Elem::pValue: pValue.SetName(e.Target(names)); return true;
     case Elem::pValueCopy: {
       Ref ref;
-      ref.SetName(names.Intern(e.Text()));
+      ref.SetName(e.Target(names));
       copies.push_back(arena, ref);
       return true;
     }
-    case Elem::pIndex: pIndex.SetName(names.Intern(e.Text())); return true;
+    case Elem::pIndex: pIndex.SetName(e.Target(names)); return true;
     case Elem::ValueIndexed:
     case Elem::pValueIndexed: {
       const char* idx = e.Attr("Index");
@@ -27,7 +27,7 @@ bool ValueSource::Parse(const XmlElem& e, NodeImpl* owner, NameTable& names, Are
         throw PROPERTY_EXCEPTION("Node '%s' : element '%s' lacks its Index attribute",
                                  owner->Name(), e.name);
       Indexed entry{ParseInt(owner->Name(), e.name, idx), Ref(), ""};
-      if (e.id == Elem::pValueIndexed) entry.ref.SetName(names.Intern(e.Text()));
+      if (e.id == Elem::pValueIndexed) entry.ref.SetName(e.Target(names));
       else entry.text = e.text;
       indexed.push_back(arena, entry);
       return true;
@@ -36,7 +36,7 @@ bool ValueSource::Parse(const XmlElem& e, NodeImpl* owner, NameTable& names, Are
       defaultText = e.text;
       hasDefault = true;
       return true;
-    case Elem::pValueDefault: pDefault.SetName(names.Intern(e.Text())); return true;
+    case Elem::pValueDefault: pDefault.SetName(e.Target(names)); return true;
     default: return false;
   }
 }

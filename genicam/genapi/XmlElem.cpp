@@ -9,62 +9,13 @@
 #include <pugixml.hpp>
 
 #include "Arena.h"
+#include "ElemTable.h"
 #include "NameTable.h"
 
 namespace GenApi {
 namespace impl {
 
 namespace {
-
-// Open-addressed table from name to id, filled at compile time.
-class ElemTable {
- public:
-  constexpr ElemTable() {
-    for (size_t id = 1; id < size_t(Elem::Count); ++id) {
-      const std::string_view name = kNames[id];
-      size_t i = Hash(name) & kMask;
-      while (slots_[i].id != Elem::Unknown) i = (i + 1) & kMask;
-      slots_[i] = Slot{static_cast<Elem>(id), static_cast<uint8_t>(name.size())};
-    }
-  }
-  Elem Find(std::string_view name) const {
-    for (size_t i = Hash(name) & kMask;; i = (i + 1) & kMask) {
-      const Slot& slot = slots_[i];
-      if (slot.id == Elem::Unknown) return Elem::Unknown;
-      if (slot.size == name.size() && SameBytes(kNames[size_t(slot.id)], name.data(), name.size()))
-        return slot.id;
-    }
-  }
-
- private:
-  struct Slot {
-    Elem id;
-    uint8_t size;
-  };
-  static constexpr const char* kNames[] = {
-      "",
-#define VQ_GENAPI_ELEM_NAME(name) #name,
-      VQ_GENAPI_NODE_ELEMENTS(VQ_GENAPI_ELEM_NAME) VQ_GENAPI_CHILD_ELEMENTS(VQ_GENAPI_ELEM_NAME)
-#undef VQ_GENAPI_ELEM_NAME
-  };
-  static_assert(sizeof(kNames) / sizeof(kNames[0]) == size_t(Elem::Count),
-                "one name per element id");
-  static constexpr size_t kMask = 511;
-  // Length and three characters; these multipliers give every known name a
-  // slot of its own, so a known name is found at the first probe.
-  static constexpr size_t Hash(std::string_view s) {
-    const size_t n = s.size();
-    if (n == 0) return 0;
-    const auto at = [&s](size_t i) {
-      return static_cast<uint32_t>(static_cast<unsigned char>(s[i]));
-    };
-    return (uint32_t(n) * 36698u) ^ (at(0) * 29623u) ^ (at(n - 1) * 33076u) ^ (at(n / 2) * 12266u);
-  }
-  Slot slots_[kMask + 1] = {};
-
-};
-
-constexpr ElemTable kElemTable;
 
 bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
@@ -89,23 +40,14 @@ bool Is(const XmlElem& e, const char* text) { return std::strcmp(e.text, text) =
 
 }  // namespace
 
-const char* const kElemNames[size_t(Elem::Count)] = {
-    "",
-#define VQ_GENAPI_ELEM_NAME(name) #name,
-    VQ_GENAPI_NODE_ELEMENTS(VQ_GENAPI_ELEM_NAME) VQ_GENAPI_CHILD_ELEMENTS(VQ_GENAPI_ELEM_NAME)
-#undef VQ_GENAPI_ELEM_NAME
-};
-
-Elem ElemOf(std::string_view localName) { return kElemTable.Find(localName); }
-
-// Known names hold no ':', so a name found as written is the answer; only
-// the others are looked up again without their prefix.
-Elem ElemOfQualified(const char* name) {
-  const std::string_view written(name);
-  const Elem id = kElemTable.Find(written);
-  if (id != Elem::Unknown) return id;
+Elem ElemOfPrefixed(const char* name, size_t size) {
+  const std::string_view written(name, size);
   const size_t colon = written.rfind(':');
   return colon == std::string_view::npos ? Elem::Unknown : kElemTable.Find(written.substr(colon + 1));
+}
+
+uint32_t XmlElem::Target(NameTable& names) const {
+  return target != kNoTarget ? target : names.Intern(Text());
 }
 
 const char* XmlElem::Attr(const char* attributeName) const {

@@ -16,6 +16,7 @@ namespace GenApi {
 namespace impl {
 
 class Arena;
+class NameTable;
 
 // Every element name the engine understands: node kinds first, then the
 // elements inside nodes.
@@ -53,15 +54,23 @@ enum class Elem : uint8_t {
       Count
 };
 
-// The id of a local element name (Unknown for names the engine does not know),
-// found with one hash probe.
-Elem ElemOf(std::string_view localName);
-// The id of an element by its name as written, namespace prefix and all.
-Elem ElemOfQualified(const char* name);
+inline constexpr const char* kElemNames[] = {
+    "",
+#define VQ_GENAPI_ELEM_NAME(name) #name,
+    VQ_GENAPI_NODE_ELEMENTS(VQ_GENAPI_ELEM_NAME) VQ_GENAPI_CHILD_ELEMENTS(VQ_GENAPI_ELEM_NAME)
+#undef VQ_GENAPI_ELEM_NAME
+};
+static_assert(sizeof(kElemNames) / sizeof(kElemNames[0]) == size_t(Elem::Count),
+              "one name per element id");
 
-extern const char* const kElemNames[size_t(Elem::Count)];
 inline const char* ElemName(Elem id) {
   return kElemNames[size_t(id) < size_t(Elem::Count) ? size_t(id) : 0];
+}
+
+// Pointer elements (pValue, pInvalidator, p1212Parser, ...) name a node in their text.
+constexpr bool IsPointerElement(Elem id) {
+  const char* name = kElemNames[size_t(id)];
+  return name[0] == 'p' && ((name[1] >= 'A' && name[1] <= 'Z') || (name[1] >= '0' && name[1] <= '9'));
 }
 
 // One child element of a node. Texts stay valid as long as the node map.
@@ -74,8 +83,12 @@ struct XmlElem {
   const char* attrName = "";
   pugi::xml_node_struct* xml = nullptr;  // the element while loading, for further attributes
   Arena* arena = nullptr;
+  uint32_t target = kNoTarget;  // pointer elements: the interned name of the node named
 
+  static constexpr uint32_t kNoTarget = UINT32_MAX;
   std::string_view Text() const { return std::string_view(text, size); }
+  // The interned name a pointer element's text gives.
+  uint32_t Target(NameTable& names) const;
   // The attribute's value, or null when absent.
   const char* Attr(const char* attributeName) const;
 };

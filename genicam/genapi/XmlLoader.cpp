@@ -8,6 +8,7 @@
 
 #include "BooleanNode.h"
 #include "CommandNode.h"
+#include "ElemTable.h"
 #include "EnumerationNodes.h"
 #include "FloatNodes.h"
 #include "FormulaNodes.h"
@@ -268,8 +269,10 @@ class Loader {
     const pugi::xml_attribute a = n.first_attribute();
     const char* attrName = a.name();  // "" when there is no attribute
     const std::string_view text = TextOf(n);
+    if (IsPointerElement(id)) e.target = names_.Intern(text);
     if (*attrName == '\0') {
-      e.text = StoreText(text, "", id, first);
+      // A pointer's text is the interned name it gives.
+      e.text = e.target != XmlElem::kNoTarget ? names_.Text(e.target) : StoreText(text, "", id, first);
     } else {
       e.text = StoreText(text, a.value(), id, first);
       e.attrName = attrName;
