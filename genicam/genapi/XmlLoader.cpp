@@ -18,6 +18,7 @@
 #include "NodeMap.h"
 #include "PortNode.h"
 #include "StringNodes.h"
+#include "XmlParseOptions.h"
 
 namespace GenApi {
 namespace impl {
@@ -225,18 +226,17 @@ class Loader {
     return out;
   }
 
-  // The trimmed character data of an element. pugixml's accessors are calls
-  // into the library, so each is asked once: a null node has type node_null.
+  // The trimmed character data of an element. The parser keeps the first
+  // run of character data in the element itself (parse_embed_pcdata), so
+  // the usual element with one text has no child at all; any further text
+  // (CDATA, text after a comment) follows as child nodes. pugixml's accessors
+  // are calls into the library, so each is asked once.
   std::string_view TextOf(const pugi::xml_node& n) {
-    const pugi::xml_node first = n.first_child();
-    const pugi::xml_node_type type = first.type();
-    if (type == pugi::node_null) return std::string_view();
-    pugi::xml_node c = first.next_sibling();
-    if (c.type() == pugi::node_null)
-      return type == pugi::node_pcdata || type == pugi::node_cdata ? Trim(first.value())
-                                                                    : std::string_view();
-    scratch_.clear();
-    for (c = first; c; c = c.next_sibling())
+    const char* embedded = n.value();
+    pugi::xml_node c = n.first_child();
+    if (c.type() == pugi::node_null) return Trim(embedded);
+    scratch_.assign(embedded);
+    for (; c; c = c.next_sibling())
       if (IsText(c)) scratch_ += c.value();
     return Trim(scratch_);
   }
@@ -410,7 +410,7 @@ void NodeMap::LoadText(const char* data, size_t size) {
   if (!data || size == 0) throw RUNTIME_EXCEPTION("The description is empty");
   pugi::xml_document doc;
   const pugi::xml_parse_result result =
-      doc.load_buffer(data, size, pugi::parse_default, pugi::encoding_auto);
+      doc.load_buffer(data, size, kXmlParseOptions, pugi::encoding_auto);
   if (!result)
     throw RUNTIME_EXCEPTION("The description is not well-formed XML: %s (offset %lld)",
                             result.description(), static_cast<long long>(result.offset));
