@@ -27,7 +27,7 @@ int64_t RangeMax(unsigned bits, bool isSigned) {
 bool IntRegNode::ParseSpecific(const XmlElem& e) {
   if (ParseRegister(e)) return true;
   if (e.id == Elem::Sign) {
-    signed_ = std::strcmp(e.text, "Signed") == 0;
+    signed_ = e.Is("Signed");
     return true;
   }
   if (e.id == Elem::FeatureID || e.id == Elem::Timeout) return true;  // IIDC extras

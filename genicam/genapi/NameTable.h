@@ -20,8 +20,22 @@ class NameTable {
  public:
   explicit NameTable(Arena& arena) : arena_(arena) {}
 
-  // The id of name, adding it when new.
-  uint32_t Intern(std::string_view name);
+  // The id of name, adding it when new. Names met before (most pointers
+  // name a node declared or named already) are found here, inline.
+  uint32_t Intern(std::string_view name) {
+    const uint32_t hash = HashText(name);
+    const size_t mask = slots_.size() - 1;
+    if (!slots_.empty()) {
+      for (size_t i = hash & mask;; i = (i + 1) & mask) {
+        const Slot slot = slots_[i];
+        if (slot.id == 0) break;
+        if (slot.hash != hash) continue;
+        const Entry& e = entries_[slot.id - 1];
+        if (e.size == name.size() && SameBytes(e.text, name.data(), name.size())) return slot.id - 1;
+      }
+    }
+    return Add(name, hash);
+  }
   // The id of name if it is known.
   bool Find(std::string_view name, uint32_t& id) const;
 
@@ -53,6 +67,7 @@ class NameTable {
     uint32_t id;  // id + 1; 0 marks a free slot
   };
   size_t Probe(std::string_view name, uint32_t hash) const;
+  uint32_t Add(std::string_view name, uint32_t hash);
   void Rehash(size_t slots);
 
   Arena& arena_;

@@ -44,7 +44,7 @@ bool RegisterCore::Parse(const XmlElem& e, NodeImpl* owner, NameTable& names, Ar
     case Elem::pPort: pPort.SetName(e.Target(names)); break;
     case Elem::Cachable: cachable = ParseCachingMode(e); break;
     case Elem::Endianess:
-      endianess = std::strcmp(e.text, "BigEndian") == 0 ? BigEndian : LittleEndian;
+      endianess = e.Is("BigEndian") ? BigEndian : LittleEndian;
       break;
     default: return false;
   }

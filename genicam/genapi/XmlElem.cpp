@@ -36,7 +36,7 @@ int Digit(char c, int base) {
   return d < base ? d : -1;
 }
 
-bool Is(const XmlElem& e, const char* text) { return std::strcmp(e.text, text) == 0; }
+bool Is(const XmlElem& e, std::string_view text) { return e.Is(text); }
 
 }  // namespace
 
@@ -44,6 +44,10 @@ Elem ElemOfPrefixed(const char* name, size_t size) {
   const std::string_view written(name, size);
   const size_t colon = written.rfind(':');
   return colon == std::string_view::npos ? Elem::Unknown : kElemTable.Find(written.substr(colon + 1));
+}
+
+bool XmlElem::Is(std::string_view value) const {
+  return size == value.size() && SameBytes(text, value.data(), value.size());
 }
 
 uint32_t XmlElem::Target(NameTable& names) const {
@@ -119,7 +123,6 @@ int64_t ParseInt(const char* node, const char* element, std::string_view text) {
   return v;
 }
 
-int64_t ParseInt(const char* node, const XmlElem& e) { return ParseInt(node, e.name, e.text); }
 
 double ParseDouble(const char* node, const char* element, std::string_view text) {
   double v = 0;
@@ -129,14 +132,14 @@ double ParseDouble(const char* node, const char* element, std::string_view text)
   return v;
 }
 
-double ParseDouble(const char* node, const XmlElem& e) { return ParseDouble(node, e.name, e.text); }
+double ParseDouble(const char* node, const XmlElem& e) { return ParseDouble(node, e.name, e.Text()); }
 
 bool ParseYesNo(const XmlElem& e) {
   return Is(e, "Yes") || Is(e, "yes") || Is(e, "true") || Is(e, "1");
 }
 
 EAccessMode ParseAccessMode(const XmlElem& e, EAccessMode fallback) {
-  static const std::pair<const char*, EAccessMode> modes[] = {
+  static const std::pair<std::string_view, EAccessMode> modes[] = {
       {"RO", RO}, {"WO", WO}, {"RW", RW}, {"NA", NA}, {"NI", NI}};
   for (const auto& m : modes)
     if (Is(e, m.first)) return m.second;
@@ -157,8 +160,8 @@ ECachingMode ParseCachingMode(const XmlElem& e) {
 }
 
 ERepresentation ParseRepresentation(const XmlElem& e) {
-  static const char* const names[] = {"Linear",    "Logarithmic", "Boolean",   "PureNumber",
-                                      "HexNumber", "IPV4Address", "MACAddress"};
+  static const std::string_view names[] = {"Linear",    "Logarithmic", "Boolean",   "PureNumber",
+                                           "HexNumber", "IPV4Address", "MACAddress"};
   for (int i = 0; i < 7; ++i)
     if (Is(e, names[i])) return static_cast<ERepresentation>(i);
   return PureNumber;

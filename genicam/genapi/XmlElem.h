@@ -89,13 +89,37 @@ struct XmlElem {
   std::string_view Text() const { return std::string_view(text, size); }
   // The interned name a pointer element's text gives.
   uint32_t Target(NameTable& names) const;
+  // Whether the text is exactly this.
+  bool Is(std::string_view value) const;
   // The attribute's value, or null when absent.
   const char* Attr(const char* attributeName) const;
 };
 
 // Text parsers; each throws a PropertyException naming node and element on bad text.
-int64_t ParseInt(const char* node, const XmlElem& e);
 int64_t ParseInt(const char* node, const char* element, std::string_view text);
+// Most numbers in a description are short decimals or 0x-prefixed hex
+// without sign; those are read here, everything else by ParseInt above.
+inline int64_t ParseInt(const char* node, const XmlElem& e) {
+  const char* p = e.text;
+  uint32_t n = e.size;
+  uint64_t value = 0;
+  if (n >= 3 && p[0] == '0' && (p[1] == 'x' || p[1] == 'X') && n <= 17) {
+    for (uint32_t i = 2; i < n; ++i) {
+      const unsigned char c = static_cast<unsigned char>(p[i]);
+      const unsigned d = c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10;
+      if (c < '0' || d > 15 || (c > '9' && (c | 0x20) < 'a')) return ParseInt(node, e.name, e.Text());
+      value = value << 4 | d;
+    }
+    return static_cast<int64_t>(value);
+  }
+  if (n == 0 || n > 18) return ParseInt(node, e.name, e.Text());
+  for (uint32_t i = 0; i < n; ++i) {
+    const unsigned d = static_cast<unsigned char>(p[i]) - unsigned('0');
+    if (d > 9) return ParseInt(node, e.name, e.Text());
+    value = value * 10 + d;
+  }
+  return static_cast<int64_t>(value);
+}
 double ParseDouble(const char* node, const XmlElem& e);
 double ParseDouble(const char* node, const char* element, std::string_view text);
 bool ParseYesNo(const XmlElem& e);

@@ -61,6 +61,9 @@ std::string Printable(char c) {
   return buffer;
 }
 
+// Decimal integers of up to this many digits fit a double exactly.
+constexpr std::size_t kExactDigits = 15;
+
 // Reads one token at pos, moving pos past it.
 class Lexer {
  public:
@@ -134,9 +137,6 @@ class Lexer {
     while (index < text_.size() && IsDigit(text_[index])) ++index;
     return index;
   }
-
-  // Decimal integers of up to this many digits fit a double exactly.
-  static constexpr std::size_t kExactDigits = 15;
 
   Token DecimalNumber() {
     std::size_t end = SkipDigits(pos_);
@@ -323,48 +323,70 @@ TokenKind Pair(TokenKind first, char second) {
   }
 }
 
-// Reads the token at pos into token and moves pos past it. Operators and
-// names, most of a formula's tokens, are read here; numbers, the end and
-// errors by the lexer.
-void ReadToken(std::string_view text, std::size_t& pos, Token& token) {
-  const std::size_t size = text.size();
-  while (pos < size && IsSpace(text[pos])) ++pos;
-  const char c = pos < size ? text[pos] : '\0';
+// Reads a number the short way when it is a plain decimal integer of up to
+// kExactDigits digits or a hex literal of up to 16 digits, followed by
+// something that is no part of a name; false leaves it to the lexer.
+bool ReadPlainNumber(const char* p, const char* end, const char*& next, Token& token) {
+  const bool hex = p + 1 != end && p[0] == '0' && (p[1] == 'x' || p[1] == 'X');
+  const char* q = hex ? p + 2 : p;
+  std::uint64_t value = 0;
+  for (; q != end && (hex ? IsHexDigit(*q) : IsDigit(*q)); ++q)
+    value = hex ? (value << 4) | static_cast<std::uint64_t>(HexDigitValue(*q))
+                : value * 10 + static_cast<std::uint64_t>(*q - '0');
+  const std::size_t digits = static_cast<std::size_t>(q - p) - (hex ? 2 : 0);
+  if (digits == 0 || digits > (hex ? 16 : kExactDigits) || (q != end && IsIdentifierChar(*q)))
+    return false;
+  token.kind = TokenKind::Number;
+  token.integerValid = true;
+  token.integerValue = static_cast<std::int64_t>(value);
+  token.floatValue = static_cast<double>(token.integerValue);
+  next = q;
+  return true;
+}
+
+// Reads the token at p into token and returns where the next one may start.
+// Operators, names and plain numbers, nearly all of a formula's tokens, are
+// read here; the end, other numbers and errors by the lexer.
+const char* ReadToken(std::string_view text, const char* p, Token& token) {
+  const char* const end = text.data() + text.size();
+  while (p != end && IsSpace(*p)) ++p;
+  const char c = p != end ? *p : '\0';
   const TokenKind symbol = kSymbolTokens.kind[static_cast<unsigned char>(c)];
-  std::size_t end = pos + 1;
-  if (symbol != TokenKind::End && !(symbol == TokenKind::Equal && end < size && text[end] == '=')) {
+  const char* next = p + 1;
+  if (symbol != TokenKind::End && !(symbol == TokenKind::Equal && next != end && *next == '=')) {
     token.kind = symbol;
-    if (end < size) {
-      const TokenKind pair = Pair(symbol, text[end]);
+    if (next != end) {
+      const TokenKind pair = Pair(symbol, *next);
       if (pair != TokenKind::End) {
         token.kind = pair;
-        ++end;
+        ++next;
       }
     }
   } else if (IsIdentifierStart(c)) {
     token.kind = TokenKind::Identifier;
-    while (end < size && IsIdentifierChar(text[end])) ++end;
-  } else {
+    while (next != end && IsIdentifierChar(*next)) ++next;
+  } else if (!IsDigit(c) || !ReadPlainNumber(p, end, next, token)) {
+    std::size_t pos = static_cast<std::size_t>(p - text.data());
     token = Lexer(text, pos).Run();
-    return;
+    return text.data() + pos;
   }
-  token.position = static_cast<std::uint32_t>(pos + 1);
-  token.text = text.substr(pos, end - pos);
-  pos = end;
+  token.position = static_cast<std::uint32_t>(p - text.data() + 1);
+  token.text = std::string_view(p, static_cast<std::size_t>(next - p));
+  return next;
 }
 
 }  // namespace
 
 TokenList::TokenList(std::string_view text, std::vector<Token>& storage) : tokens_(storage) {
   if (tokens_.size() < text.size() + 2) tokens_.resize(text.size() + 2);  // a token takes a character
-  std::size_t pos = 0;
-  std::size_t count = 0;
+  const char* p = text.data();
+  Token* token = tokens_.data();
   try {
-    do ReadToken(text, pos, tokens_[count]);
-    while (tokens_[count++].kind != TokenKind::End);
+    do p = ReadToken(text, p, *token);
+    while ((token++)->kind != TokenKind::End);
   } catch (const FormulaError& error) {
     error_ = error.what();
-    tokens_[count].kind = TokenKind::Invalid;
+    token->kind = TokenKind::Invalid;
   }
 }
 
