@@ -10,31 +10,10 @@
 namespace GenApi {
 namespace impl {
 
-NodeImpl::NodeImpl(NodeMap* map, const char* name, Elem kind)
-    : map_(map), name_(name), kind_(kind) {}
-
 NodeImpl::~NodeImpl() {
   for (CNodeCallback* cb : callbacks_) {
     ForgetCallback(reinterpret_cast<CallbackHandleType>(cb));
     cb->Destroy();
-  }
-}
-
-uint16_t KindBitsOf(Elem kind) {
-  switch (kind) {
-    case Elem::Integer: case Elem::IntReg: case Elem::MaskedIntReg: case Elem::IntSwissKnife:
-    case Elem::IntConverter: case Elem::IntKey: case Elem::AdvFeatureLock:
-    case Elem::SmartFeature: case Elem::StructEntry:
-      return kIntegerLike;
-    case Elem::Float: case Elem::FloatReg: case Elem::SwissKnife: case Elem::Converter:
-      return kFloatLike;
-    case Elem::Enumeration: return kEnumerationKind;
-    case Elem::Boolean: return kBooleanKind;
-    case Elem::String: case Elem::StringReg: case Elem::TextDesc: return kStringLike;
-    case Elem::Port: return kPortKind;
-    case Elem::EnumEntry: return kEnumEntryKind;
-    case Elem::ConfRom: return kConfRomKind;
-    default: return kOtherKind;
   }
 }
 

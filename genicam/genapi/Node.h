@@ -39,7 +39,23 @@ constexpr uint16_t kPolyFloat = kIntegerLike | kFloatLike | kEnumerationKind;
 constexpr uint16_t kAnyKind = 0xFFFF;
 
 // The kind bits of a node element and a readable name for a set of them.
-uint16_t KindBitsOf(Elem kind);
+inline uint16_t KindBitsOf(Elem kind) {
+  switch (kind) {
+    case Elem::Integer: case Elem::IntReg: case Elem::MaskedIntReg: case Elem::IntSwissKnife:
+    case Elem::IntConverter: case Elem::IntKey: case Elem::AdvFeatureLock:
+    case Elem::SmartFeature: case Elem::StructEntry:
+      return kIntegerLike;
+    case Elem::Float: case Elem::FloatReg: case Elem::SwissKnife: case Elem::Converter:
+      return kFloatLike;
+    case Elem::Enumeration: return kEnumerationKind;
+    case Elem::Boolean: return kBooleanKind;
+    case Elem::String: case Elem::StringReg: case Elem::TextDesc: return kStringLike;
+    case Elem::Port: return kPortKind;
+    case Elem::EnumEntry: return kEnumEntryKind;
+    case Elem::ConfRom: return kConfRomKind;
+    default: return kOtherKind;
+  }
+}
 const char* KindsText(uint16_t kinds);
 
 // A pointer element: the interned target name (marked by the low bit; nodes
@@ -91,7 +107,9 @@ struct NodeLinks {
 
 class NodeImpl : public virtual INode, public virtual ISelector {
  public:
-  NodeImpl(NodeMap* map, const char* name, Elem kind);
+  // Inline, so that building a node of a known kind needs no look-ups of
+  // virtual base offsets.
+  NodeImpl(NodeMap* map, const char* name, Elem kind) : map_(map), name_(name), kind_(kind) {}
   ~NodeImpl() override;
   NodeImpl(const NodeImpl&) = delete;
   NodeImpl& operator=(const NodeImpl&) = delete;

@@ -55,25 +55,6 @@ struct Edge {
   Elem element;
 };
 
-// A list of nodes per node, filled in two passes: count, then place.
-class Buckets {
- public:
-  explicit Buckets(size_t nodes) : start_(nodes + 1, 0) {}
-  void Count(uint32_t bucket) { ++start_[bucket + 1]; }
-  void Layout() {
-    for (size_t i = 1; i < start_.size(); ++i) start_[i] += start_[i - 1];
-    next_.assign(start_.begin(), start_.end() - 1);
-    items_.resize(start_.back());
-  }
-  void Place(uint32_t bucket, NodeImpl* node) { items_[next_[bucket]++] = node; }
-  NodeImpl** Begin(uint32_t bucket) { return items_.data() + start_[bucket]; }
-  NodeImpl** End(uint32_t bucket) { return items_.data() + start_[bucket + 1]; }
-
- private:
-  std::vector<uint32_t> start_, next_;
-  std::vector<NodeImpl*> items_;
-};
-
 class Linker : public LinkSink {
  public:
   Linker(NodeMap& map, const std::vector<NodeImpl*>& nodes)
@@ -99,67 +80,72 @@ class Linker : public LinkSink {
     for (NodeImpl* n : nodes_) n->CollectLinks(*this);
   }
 
+  // The reverse lists of every node, laid out in one arena array: parents
+  // (value links, not pInvalidator), the nodes that invalidate through this
+  // one, the nodes selecting this one, and (for the children) the nodes with
+  // a pSelected to this one. Each list keeps the order of the pointers and
+  // loses its repeats; the slots of repeats stay unused.
+  enum Reverse { kParents, kInvalidatedBy, kSelecting, kSelectors, kReverseLists };
+
+  template <class F>
+  void ForEachReverse(F&& f) const {
+    for (const Edge& e : edges_) {
+      if (e.cls == LinkClass::None) {
+        if (e.element != Elem::pSelected) continue;
+        f(kSelectors, e.target, e.owner);
+        if (e.owner == e.target) continue;
+        f(kSelecting, e.target, e.owner);
+        f(kInvalidatedBy, e.owner, e.target);  // the selector changes when the selected does
+        continue;
+      }
+      f(kInvalidatedBy, e.target, e.owner);
+      if (e.element != Elem::pInvalidator) f(kParents, e.target, e.owner);
+    }
+  }
+
+  void LayOutReverse() {
+    const size_t n = nodes_.size();
+    // end_[list * n + node]: where that list ends once placed; counted first.
+    end_.assign(kReverseLists * n + 1, 0);
+    ForEachReverse([&](Reverse list, uint32_t node, uint32_t) {
+      ++end_[list * n + node + 1];
+      if (list == kSelectors) ++selections_;
+    });
+    for (size_t i = 1; i < end_.size(); ++i) end_[i] += end_[i - 1];
+    reverse_ = map_.Memory().Array<NodeImpl*>(end_.back());
+    ForEachReverse([&](Reverse list, uint32_t node, uint32_t item) {
+      reverse_[end_[list * n + node]++] = nodes_[item];
+    });
+    for (uint32_t node = 0; node < n; ++node) {
+      NodeLinks& links = nodes_[node]->links;
+      links.parents = Unique(kParents, node);
+      links.invalidatedBy = Unique(kInvalidatedBy, node);
+      links.selecting = Unique(kSelecting, node);
+    }
+  }
+
   // Children of each owner: writing ones first, then the other reading ones,
   // then the other invalidating ones (selectors of the node last).
   void LayOutChildren() {
-    Buckets selectors(nodes_.size());  // per selected node, the nodes selecting it
-    ForEachSelection([&](uint32_t, uint32_t selected) { selectors.Count(selected); });
-    selectors.Layout();
-    ForEachSelection(
-        [&](uint32_t selector, uint32_t selected) { selectors.Place(selected, nodes_[selector]); });
-    std::vector<NodeImpl*> list;
+    NodeImpl** out = map_.Memory().Array<NodeImpl*>(edges_.size() + selections_);
     size_t at = 0;
     for (uint32_t owner = 0; owner < nodes_.size(); ++owner) {
       const size_t begin = at;
       while (at < edges_.size() && edges_[at].owner == owner) ++at;
-      list.clear();
       NodeLinks& links = nodes_[owner]->links;
+      NodeImpl** list = out;
       for (LinkClass cls : {LinkClass::Writing, LinkClass::Reading, LinkClass::Invalidating}) {
         for (size_t i = begin; i < at; ++i)
-          if (edges_[i].cls == cls) AddOnce(list, owner, edges_[i].target);
-        const uint32_t size = static_cast<uint32_t>(list.size());
+          if (edges_[i].cls == cls) AddOnce(out, owner, edges_[i].target);
+        const uint32_t size = static_cast<uint32_t>(out - list);
         if (cls == LinkClass::Writing) links.writing = size;
         if (cls == LinkClass::Reading) links.reading = size;
       }
-      for (NodeImpl** s = selectors.Begin(owner); s != selectors.End(owner); ++s)
-        if (*s != nodes_[owner]) AddOnce(list, owner, (*s)->Index());
-      links.invalidating = static_cast<uint32_t>(list.size());
-      links.children = Keep(list).begin();
-    }
-  }
-
-  // Reverse lists: parents (value links, not pInvalidator), everything that
-  // invalidates through this node, and the selectors of this node.
-  void LayOutParents() {
-    Buckets parents(nodes_.size()), invalidatedBy(nodes_.size()), selecting(nodes_.size());
-    auto each = [&](auto&& parent, auto&& invalidator, auto&& selection) {
-      for (const Edge& e : edges_) {
-        if (e.cls == LinkClass::None) {
-          if (e.element == Elem::pSelected && e.owner != e.target) {
-            selection(e.target, e.owner);
-            invalidator(e.owner, e.target);  // the selector changes when the selected does
-          }
-          continue;
-        }
-        invalidator(e.target, e.owner);
-        if (e.element != Elem::pInvalidator) parent(e.target, e.owner);
-      }
-    };
-    each([&](uint32_t t, uint32_t) { parents.Count(t); },
-         [&](uint32_t t, uint32_t) { invalidatedBy.Count(t); },
-         [&](uint32_t t, uint32_t) { selecting.Count(t); });
-    parents.Layout();
-    invalidatedBy.Layout();
-    selecting.Layout();
-    each([&](uint32_t t, uint32_t o) { parents.Place(t, nodes_[o]); },
-         [&](uint32_t t, uint32_t o) { invalidatedBy.Place(t, nodes_[o]); },
-         [&](uint32_t t, uint32_t o) { selecting.Place(t, nodes_[o]); });
-    std::vector<NodeImpl*> list;
-    for (uint32_t n = 0; n < nodes_.size(); ++n) {
-      NodeLinks& links = nodes_[n]->links;
-      links.parents = Unique(parents, n, list);
-      links.invalidatedBy = Unique(invalidatedBy, n, list);
-      links.selecting = Unique(selecting, n, list);
+      const Span<NodeImpl*> selectors = List(kSelectors, owner);
+      for (NodeImpl* s : selectors)
+        if (s != nodes_[owner]) AddOnce(out, owner, s->Index());
+      links.invalidating = static_cast<uint32_t>(out - list);
+      links.children = list;
     }
   }
 
@@ -214,42 +200,41 @@ class Linker : public LinkSink {
     return nullptr;
   }
 
-  template <class F>
-  void ForEachSelection(F&& f) const {
-    for (const Edge& e : edges_)
-      if (e.element == Elem::pSelected) f(e.owner, e.target);
-  }
-
-  void AddOnce(std::vector<NodeImpl*>& list, uint32_t owner, uint32_t target) {
+  void AddOnce(NodeImpl**& out, uint32_t owner, uint32_t target) {
     if (mark_[target] == owner) return;
     mark_[target] = owner;
-    list.push_back(nodes_[target]);
+    *out++ = nodes_[target];
   }
 
-  Span<NodeImpl*> Keep(const std::vector<NodeImpl*>& list) {
-    NodeImpl** data = map_.Memory().Array<NodeImpl*>(list.size());
-    std::copy(list.begin(), list.end(), data);
-    return Span<NodeImpl*>(data, static_cast<uint32_t>(list.size()));
+  // One reverse list as placed, repeats included.
+  Span<NodeImpl*> List(Reverse list, uint32_t node) const {
+    const size_t b = list * nodes_.size() + node;
+    const uint32_t begin = b == 0 ? 0 : end_[b - 1];
+    return Span<NodeImpl*>(reverse_ + begin, end_[b] - begin);
   }
 
-  // One bucket without repeats, kept in the arena; marks use a fresh stamp
-  // range so they never collide with the owner stamps of LayOutChildren.
-  Span<NodeImpl*> Unique(Buckets& buckets, uint32_t n, std::vector<NodeImpl*>& list) {
-    list.clear();
+  // One reverse list without repeats, compacted in place; marks use a fresh
+  // stamp range so they never collide with the owner stamps of AddOnce.
+  Span<NodeImpl*> Unique(Reverse list, uint32_t node) {
+    const Span<NodeImpl*> all = List(list, node);
     const uint32_t stamp = ++stamp_;
-    for (NodeImpl** i = buckets.Begin(n); i != buckets.End(n); ++i) {
-      uint32_t& mark = mark_[(*i)->Index()];
+    uint32_t kept = 0;
+    for (NodeImpl* item : all) {
+      uint32_t& mark = mark_[item->Index()];
       if (mark == stamp) continue;
       mark = stamp;
-      list.push_back(*i);
+      all[kept++] = item;
     }
-    return Keep(list);
+    return Span<NodeImpl*>(kept != 0 ? all.begin() : nullptr, kept);
   }
 
   NodeMap& map_;
   const std::vector<NodeImpl*>& nodes_;
   std::vector<Edge> edges_;
   std::vector<uint32_t> mark_;
+  std::vector<uint32_t> end_;   // see LayOutReverse
+  NodeImpl** reverse_ = nullptr;
+  size_t selections_ = 0;  // pSelected pointers
   uint32_t stamp_ = 0x80000000u;
 };
 
@@ -258,8 +243,8 @@ class Linker : public LinkSink {
 void NodeMap::Link() {
   Linker linker(*this, nodes_);
   linker.Collect();
+  linker.LayOutReverse();
   linker.LayOutChildren();
-  linker.LayOutParents();
   linker.CheckCycles();
   FormulaCacheScope formulas(*this);
   for (NodeImpl* n : nodes_) n->FinishLoad();
