@@ -42,12 +42,6 @@ void NodeImpl::AddRef(ArenaVec<Ref>& list, const XmlElem& e) {
   list.push_back(Memory(), ref);
 }
 
-// No node kind parses the elements every node shares, so those are taken first.
-void NodeImpl::Parse(const XmlElem& e) {
-  if (e.id == Elem::Extension || ParseCommon(e)) return;
-  ParseSpecific(e);  // unknown elements are kept as properties only
-}
-
 bool NodeImpl::ParseCommon(const XmlElem& e) {
   switch (e.id) {
     case Elem::Visibility: visibility_ = static_cast<uint8_t>(ParseVisibility(e)); break;

@@ -115,7 +115,11 @@ class NodeImpl : public virtual INode, public virtual ISelector {
   NodeImpl& operator=(const NodeImpl&) = delete;
 
   // ---- loading ----
-  void Parse(const XmlElem& element);
+  // No node kind parses the elements every node shares, so those are taken
+  // first; unknown elements are kept as properties only.
+  void Parse(const XmlElem& e) {
+    if (e.id != Elem::Extension && !ParseCommon(e)) ParseSpecific(e);
+  }
   virtual bool ParseSpecific(const XmlElem&) { return false; }
   virtual void CollectLinks(LinkSink& sink);
   virtual void FinishLoad() {}

@@ -46,14 +46,6 @@ Elem ElemOfPrefixed(const char* name, size_t size) {
   return colon == std::string_view::npos ? Elem::Unknown : kElemTable.Find(written.substr(colon + 1));
 }
 
-bool XmlElem::Is(std::string_view value) const {
-  return size == value.size() && SameBytes(text, value.data(), value.size());
-}
-
-uint32_t XmlElem::Target(NameTable& names) const {
-  return target != kNoTarget ? target : names.Intern(Text());
-}
-
 const char* XmlElem::Attr(const char* attributeName) const {
   if (*attrName != '\0' && std::strcmp(attrName, attributeName) == 0) return attr;
   if (xml == nullptr) return nullptr;

@@ -5,6 +5,8 @@
 
 #include <GenApi/Types.h>
 
+#include "NameTable.h"
+
 #include <cstdint>
 #include <string_view>
 
@@ -16,7 +18,6 @@ namespace GenApi {
 namespace impl {
 
 class Arena;
-class NameTable;
 
 // Every element name the engine understands: node kinds first, then the
 // elements inside nodes.
@@ -88,9 +89,13 @@ struct XmlElem {
   static constexpr uint32_t kNoTarget = UINT32_MAX;
   std::string_view Text() const { return std::string_view(text, size); }
   // The interned name a pointer element's text gives.
-  uint32_t Target(NameTable& names) const;
+  uint32_t Target(NameTable& names) const {
+    return target != kNoTarget ? target : names.Intern(Text());
+  }
   // Whether the text is exactly this.
-  bool Is(std::string_view value) const;
+  bool Is(std::string_view value) const {
+    return size == value.size() && SameBytes(text, value.data(), value.size());
+  }
   // The attribute's value, or null when absent.
   const char* Attr(const char* attributeName) const;
 };

@@ -210,15 +210,23 @@ class Loader {
     bool standard = false;
   };
 
+  // Whether the C string text is literal, compared inline.
+  template <size_t N>
+  static bool Equals(const char* text, const char (&literal)[N]) {
+    for (size_t i = 0; i < N; ++i)  // the terminating NULs compare too
+      if (text[i] != literal[i]) return false;
+    return true;
+  }
+
   static NodeAttributes AttributesOf(const pugi::xml_node& n, const char* type) {
     NodeAttributes out;
     for (pugi::xml_attribute a = n.first_attribute(); a; a = a.next_attribute()) {
       const char* attr = a.name();
       if (attr[0] != 'N') continue;
-      if (std::strcmp(attr, "Name") == 0)
+      if (Equals(attr, "Name"))
         out.name = a.value();
-      else if (std::strcmp(attr, "NameSpace") == 0)
-        out.standard = std::strcmp(a.value(), "Standard") == 0;
+      else if (Equals(attr, "NameSpace"))
+        out.standard = Equals(a.value(), "Standard");
     }
     if (*out.name == '\0')
       throw RUNTIME_EXCEPTION("Element '%s' (offset %lld) has no Name attribute", type,
@@ -279,7 +287,7 @@ class Loader {
       e.attr = e.text + text.size() + 1;
     }
     e.size = static_cast<uint32_t>(text.size());
-    e.xml = n.internal_object();
+    if (*attrName != '\0') e.xml = n.internal_object();  // for attributes after the first
     e.arena = &arena_;
     return e;
   }
