@@ -138,7 +138,17 @@ bool IsRegisterFamily(Elem kind) {
 class Loader {
  public:
   explicit Loader(NodeMap& map) : map_(map), arena_(map.Memory()), names_(map.Names()) {}
+  ~Loader() {
+    for (const Planned& p : plan_)
+      if (p.node != nullptr) p.node->~NodeImpl();  // built ahead, never reached
+  }
+  Loader(const Loader&) = delete;
+  Loader& operator=(const Loader&) = delete;
 
+  // The elements under the root, groups flattened, are listed first and the
+  // nodes of the node elements among them built in one go; then each is
+  // loaded in the same order. Building nodes back to back keeps the tables
+  // their constructors read (VTTs, vtables of the virtual bases) in the cache.
   void LoadChildren(const pugi::xml_node& root) {
     // Groups nest; an explicit stack keeps hostile nesting off the call stack.
     std::vector<pugi::xml_node> stack;
@@ -149,14 +159,40 @@ class Loader {
       const Elem kind = ElemOfQualified(n.name());
       if (kind == Elem::Group)
         PushChildren(n, stack);
-      else if (kind == Elem::StructReg)
-        LoadStructReg(n);
       else
-        LoadNode(n, kind);
+        plan_.push_back(Plan(n, kind));
+    }
+    for (Planned& p : plan_) {
+      if (p.kind == Elem::StructReg)
+        LoadStructReg(p.element);
+      else
+        LoadNode(p);
     }
   }
 
  private:
+  // An element under the root and, for a node element with a Name, its node
+  // built ahead of loading.
+  struct Planned {
+    pugi::xml_node element;
+    Elem kind;
+    NodeImpl* node;  // owned by the plan until loading takes it
+    uint32_t nameId;
+    bool standard;
+  };
+
+  Planned Plan(const pugi::xml_node& n, Elem kind) {
+    Planned p{n, kind, nullptr, 0, false};
+    if (!IsNodeElement(kind)) return p;
+    // A missing Name is reported when the element is loaded, in document order.
+    const NodeAttributes attributes = ReadAttributes(n);
+    if (*attributes.name == '\0') return p;
+    p.nameId = names_.Intern(attributes.name);
+    p.standard = attributes.standard;
+    p.node = CreateNode(map_, kind, names_.Text(p.nameId));
+    return p;
+  }
+
   // A node under construction; destroyed again if loading fails before the map takes it.
   class Building {
    public:
@@ -175,8 +211,16 @@ class Loader {
     size_t FirstProperty() const { return first_; }
 
     void Add(const XmlElem& e) {
-      loader_.props_.push_back(Property{e.name, e.text});
+      loader_.Record(e.name, e.text);
       if (!IsPresentationOnly(e.id)) node_->Parse(e);
+    }
+
+    // Adds a child element straight from the tree. The property is recorded
+    // while its texts are at hand, not read back from the element made.
+    void AddChild(const pugi::xml_node& c, Elem id) {
+      XmlElem e;
+      loader_.MakeElem(c, id, first_, e, true);
+      if (!IsPresentationOnly(id)) node_->Parse(e);
     }
 
     // Hands the node with its properties to the map.
@@ -219,6 +263,14 @@ class Loader {
   }
 
   static NodeAttributes AttributesOf(const pugi::xml_node& n, const char* type) {
+    const NodeAttributes out = ReadAttributes(n);
+    if (*out.name == '\0')
+      throw RUNTIME_EXCEPTION("Element '%s' (offset %lld) has no Name attribute", type,
+                              static_cast<long long>(n.offset_debug()));
+    return out;
+  }
+
+  static NodeAttributes ReadAttributes(const pugi::xml_node& n) {
     NodeAttributes out;
     for (pugi::xml_attribute a = n.first_attribute(); a; a = a.next_attribute()) {
       const char* attr = a.name();
@@ -228,9 +280,6 @@ class Loader {
       else if (Equals(attr, "NameSpace"))
         out.standard = Equals(a.value(), "Standard");
     }
-    if (*out.name == '\0')
-      throw RUNTIME_EXCEPTION("Element '%s' (offset %lld) has no Name attribute", type,
-                              static_cast<long long>(n.offset_debug()));
     return out;
   }
 
@@ -272,24 +321,43 @@ class Loader {
 
   XmlElem MakeElem(const pugi::xml_node& n, Elem id, size_t first) {
     XmlElem e;
-    e.id = id;
-    e.name = id != Elem::Unknown ? ElemName(id) : names_.Text(names_.Intern(LocalName(n)));
+    MakeElem(n, id, first, e, false);
+    return e;
+  }
+
+  // Fills e from the element n; with record, also records it as a property.
+  void MakeElem(const pugi::xml_node& n, Elem id, size_t first, XmlElem& e, bool record) {
+    const char* name = id != Elem::Unknown ? ElemName(id) : names_.Text(names_.Intern(LocalName(n)));
     const pugi::xml_attribute a = n.first_attribute();
     const char* attrName = a.name();  // "" when there is no attribute
     const std::string_view text = TextOf(n);
-    if (IsPointerElement(id)) e.target = names_.Intern(text);
+    const uint32_t target = IsPointerElement(id) ? names_.Intern(text) : XmlElem::kNoTarget;
+    const char* stored;
     if (*attrName == '\0') {
       // A pointer's text is the interned name it gives.
-      e.text = e.target != XmlElem::kNoTarget ? names_.Text(e.target) : StoreText(text, "", id, first);
+      stored = target != XmlElem::kNoTarget ? names_.Text(target) : StoreText(text, "", id, first);
     } else {
-      e.text = StoreText(text, a.value(), id, first);
+      stored = StoreText(text, a.value(), id, first);
       e.attrName = attrName;
-      e.attr = e.text + text.size() + 1;
+      e.attr = stored + text.size() + 1;
+      e.xml = n.internal_object();  // for attributes after the first
     }
+    if (record) Record(name, stored);
+    e.id = id;
+    e.name = name;
+    e.text = stored;
     e.size = static_cast<uint32_t>(text.size());
-    if (*attrName != '\0') e.xml = n.internal_object();  // for attributes after the first
+    e.target = target;
     e.arena = &arena_;
-    return e;
+  }
+
+  // Appends a property field by field: building the pair on the stack and
+  // copying it as one 16-byte value made the compiler reload two fresh 8-byte
+  // stores at once, which the processor cannot forward.
+  void Record(const char* name, const char* value) {
+    Property& p = props_.emplace_back();
+    p.name = name;
+    p.value = value;
   }
 
   // An element the loader makes up (a knife or ROM reference).
@@ -302,12 +370,14 @@ class Loader {
     return e;
   }
 
-  void LoadNode(const pugi::xml_node& n, Elem kind) {
+  void LoadNode(Planned& p) {
+    const pugi::xml_node& n = p.element;
+    const Elem kind = p.kind;
     if (!IsNodeElement(kind)) return;  // comments, unknown vendor elements
-    const NodeAttributes attributes = AttributesOf(n, ElemName(kind));
-    const uint32_t nameId = names_.Intern(attributes.name);
-    Building node(*this, CreateNode(map_, kind, names_.Text(nameId)), nameId);
-    if (attributes.standard) node->SetNameSpace(Standard);
+    if (p.node == nullptr) AttributesOf(n, ElemName(kind));  // throws: no Name
+    Building node(*this, p.node, p.nameId);
+    p.node = nullptr;
+    if (p.standard) node->SetNameSpace(Standard);
     const char* name = node->Name();
     int knife = 0;
     for (pugi::xml_node c = n.first_child();; c = c.next_sibling()) {
@@ -322,7 +392,7 @@ class Loader {
       } else if (kind == Elem::ConfRom && (child == Elem::TextDesc || child == Elem::IntKey)) {
         LoadRomKey(c, child, name);
       } else {
-        node.Add(MakeElem(c, child, node.FirstProperty()));
+        node.AddChild(c, child);
       }
     }
     node.Finish();
@@ -338,7 +408,7 @@ class Loader {
     if (attributes.standard) entry->SetNameSpace(Standard);
     for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling())
       if (c.type() == pugi::node_element)
-        entry.Add(MakeElem(c, ElemOfQualified(c.name()), entry.FirstProperty()));
+        entry.AddChild(c, ElemOfQualified(c.name()));
     owner.AddEntry(nameId);
     entry.Finish();
   }
@@ -350,7 +420,7 @@ class Loader {
     Building knife(*this, arena_.New<IntSwissKnifeNode>(&map_, names_.Text(nameId)), nameId);
     for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling())
       if (c.type() == pugi::node_element)
-        knife.Add(MakeElem(c, ElemOfQualified(c.name()), knife.FirstProperty()));
+        knife.AddChild(c, ElemOfQualified(c.name()));
     knife.Finish();
     return names_.Text(nameId);
   }
@@ -363,7 +433,7 @@ class Loader {
     key.Add(Synthesised(Elem::p1212Parser, rom));
     for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling())
       if (c.type() == pugi::node_element)
-        key.Add(MakeElem(c, ElemOfQualified(c.name()), key.FirstProperty()));
+        key.AddChild(c, ElemOfQualified(c.name()));
     key.Finish();
   }
 
@@ -390,7 +460,7 @@ class Loader {
       for (const XmlElem& e : shared) entry.Add(e);
       for (pugi::xml_node k = c.first_child(); k; k = k.next_sibling())
         if (k.type() == pugi::node_element)
-          entry.Add(MakeElem(k, ElemOfQualified(k.name()), entry.FirstProperty()));
+          entry.AddChild(k, ElemOfQualified(k.name()));
       entry.Finish();
     }
   }
@@ -401,6 +471,7 @@ class Loader {
   std::vector<Property> props_;  // properties of the nodes being built, innermost last
   std::string scratch_;
   int structKnives_ = 0;
+  std::vector<Planned> plan_;
 };
 
 uint16_t VersionPart(const pugi::xml_node& root, const char* attr) {
