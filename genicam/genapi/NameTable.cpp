@@ -42,7 +42,7 @@ uint32_t NameTable::Add(std::string_view name, uint32_t hash) {
   char* text = static_cast<char*>(arena_.Allocate(name.size() + 2, 1));
   CopyBytes(text, name.data(), name.size());
   text[name.size()] = text[name.size() + 1] = '\0';
-  entries_.push_back(Entry{text, static_cast<uint32_t>(name.size()), hash, nullptr});
+  entries_.push_back(Entry{text, static_cast<uint32_t>(name.size()), hash, nullptr, 0, 0});
   slots_[slot] = Slot{hash, static_cast<uint32_t>(entries_.size())};
   return slots_[slot].id - 1;
 }

@@ -44,7 +44,23 @@ class NameTable {
   const char* Text(uint32_t id) const { return entries_[id].text; }
   // The node declared under the name, or null.
   NodeImpl* NodeOf(uint32_t id) const { return entries_[id].node; }
-  void SetNode(uint32_t id, NodeImpl* node) { entries_[id].node = node; }
+  // That node with its index in the map and its kind bits, kept here so that
+  // linking a pointer reads the name table only, not the node.
+  struct Declared {
+    NodeImpl* node;
+    uint32_t index;
+    uint16_t kinds;
+  };
+  Declared DeclaredOf(uint32_t id) const {
+    const Entry& e = entries_[id];
+    return Declared{e.node, e.index, e.kinds};
+  }
+  void SetNode(uint32_t id, NodeImpl* node, uint32_t index, uint16_t kinds) {
+    Entry& e = entries_[id];
+    e.node = node;
+    e.index = index;
+    e.kinds = kinds;
+  }
   // Node by name, or null.
   NodeImpl* FindNode(std::string_view name) const;
 
@@ -60,6 +76,8 @@ class NameTable {
     uint32_t size;
     uint32_t hash;
     NodeImpl* node;
+    uint32_t index;
+    uint16_t kinds;
   };
   // A slot holds the hash too, so most probes never touch an entry.
   struct Slot {

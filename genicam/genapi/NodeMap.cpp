@@ -55,7 +55,7 @@ void NodeMap::AddNode(NodeImpl* node, uint32_t nameId) {
     throw RUNTIME_EXCEPTION("Node '%s' : duplicate node name (element %s)", names_.Text(nameId),
                             type);
   }
-  names_.SetNode(nameId, node);
+  names_.SetNode(nameId, node, static_cast<uint32_t>(nodes_.size()), node->KindBits());
   node->SetIndex(static_cast<uint32_t>(nodes_.size()));
   nodes_.push_back(node);
 }

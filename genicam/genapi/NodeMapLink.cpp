@@ -64,16 +64,20 @@ class Linker : public LinkSink {
 
   void LinkNamed(NodeImpl* owner, Ref& ref, LinkClass cls, Elem element,
                  uint16_t kinds) override {
-    NodeImpl* target = Resolve(ref.NameId());
-    if (!target)
+    const NameTable::Declared target = Resolve(ref.NameId());
+    if (!target.node)
       throw RUNTIME_EXCEPTION("Node '%s' : element '%s' points to the unknown node '%s'",
                               owner->Name(), ElemName(element), map_.Names().Text(ref.NameId()));
-    if ((target->KindBits() & kinds) == 0)
+    if ((target.kinds & kinds) == 0)
       throw LOGICAL_ERROR_EXCEPTION(
           "Node '%s' : element '%s' names '%s', a %s node, where %s is expected", owner->Name(),
-          ElemName(element), target->Name(), target->TypeName(), KindsText(kinds));
-    ref.Resolve(target);
-    edges_.push_back(Edge{owner->Index(), target->Index(), cls, element});
+          ElemName(element), target.node->Name(), target.node->TypeName(), KindsText(kinds));
+    ref.Resolve(target.node);
+    Edge& edge = edges_.emplace_back();  // filled in place, see Loader::Record
+    edge.owner = owner->Index();
+    edge.target = target.index;
+    edge.cls = cls;
+    edge.element = element;
   }
 
   void Collect() {
@@ -192,12 +196,17 @@ class Linker : public LinkSink {
   }
 
  private:
-  NodeImpl* Resolve(uint32_t nameId) const {
-    if (NodeImpl* n = map_.Names().NodeOf(nameId)) return n;
+  // The node a pointer names; a qualified name ("Std::X", "Cust::X") names X.
+  NameTable::Declared Resolve(uint32_t nameId) const {
+    const NameTable::Declared declared = map_.Names().DeclaredOf(nameId);
+    if (declared.node) return declared;
     const std::string_view name = map_.Names().Text(nameId);
-    for (const std::string_view prefix : {std::string_view("Std::"), std::string_view("Cust::")})
-      if (name.substr(0, prefix.size()) == prefix) return map_.Find(name.substr(prefix.size()));
-    return nullptr;
+    for (const std::string_view prefix : {std::string_view("Std::"), std::string_view("Cust::")}) {
+      if (name.substr(0, prefix.size()) != prefix) continue;
+      uint32_t id = 0;
+      if (map_.Names().Find(name.substr(prefix.size()), id)) return map_.Names().DeclaredOf(id);
+    }
+    return NameTable::Declared{nullptr, 0, 0};
   }
 
   void AddOnce(NodeImpl**& out, uint32_t owner, uint32_t target) {

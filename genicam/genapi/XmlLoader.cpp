@@ -160,7 +160,7 @@ class Loader {
       if (kind == Elem::Group)
         PushChildren(n, stack);
       else
-        plan_.push_back(Plan(n, kind));
+        Plan(n, kind, plan_.emplace_back());
     }
     for (Planned& p : plan_) {
       if (p.kind == Elem::StructReg)
@@ -175,22 +175,23 @@ class Loader {
   // built ahead of loading.
   struct Planned {
     pugi::xml_node element;
-    Elem kind;
-    NodeImpl* node;  // owned by the plan until loading takes it
-    uint32_t nameId;
-    bool standard;
+    Elem kind = Elem::Unknown;
+    NodeImpl* node = nullptr;  // owned by the plan until loading takes it
+    uint32_t nameId = 0;
+    bool standard = false;
   };
 
-  Planned Plan(const pugi::xml_node& n, Elem kind) {
-    Planned p{n, kind, nullptr, 0, false};
-    if (!IsNodeElement(kind)) return p;
+  // Fills p in place (a Planned copied whole stalls on its freshly stored parts).
+  void Plan(const pugi::xml_node& n, Elem kind, Planned& p) {
+    p.element = n;
+    p.kind = kind;
+    if (!IsNodeElement(kind)) return;
     // A missing Name is reported when the element is loaded, in document order.
     const NodeAttributes attributes = ReadAttributes(n);
-    if (*attributes.name == '\0') return p;
+    if (*attributes.name == '\0') return;
     p.nameId = names_.Intern(attributes.name);
     p.standard = attributes.standard;
     p.node = CreateNode(map_, kind, names_.Text(p.nameId));
-    return p;
   }
 
   // A node under construction; destroyed again if loading fails before the map takes it.

@@ -29,11 +29,7 @@ void CodeBuilder::PushVariable(const VariableRef& ref, std::size_t position) {
            known.entryName == ref.entryName;
   });
   if (found == refs.end()) found = refs.insert(refs.end(), ref);
-  Instruction instruction;
-  instruction.op = OpCode::PushVariable;
-  instruction.position = static_cast<std::uint32_t>(position);
-  instruction.operand = static_cast<std::int32_t>(found - refs.begin());
-  Append(instruction);
+  Append(OpCode::PushVariable, Function::None, position, found - refs.begin());
 }
 
 std::size_t CodeBuilder::EmitJump(OpCode op, std::size_t position) {
@@ -59,9 +55,8 @@ void CodeBuilder::Splice(const Code& fragment, std::size_t position) {
         PushFloat(fragment.floatConstants[index], position);
       }
     } else {
-      Instruction instruction = source;  // jumps are relative and stay valid
-      instruction.position = static_cast<std::uint32_t>(position);
-      Append(instruction);
+      // Jumps are relative and stay valid.
+      Append(source.op, source.function, position, source.operand);
     }
     height_ = base;  // the fragment's own maximum below is exact; the running sum is not
   }

@@ -23,16 +23,16 @@ class CodeBuilder {
   Arithmetic GetArithmetic() const { return code_.arithmetic; }
 
   void Emit(OpCode op, std::size_t position, Function function = Function::None) {
-    Append(Instruction{op, function, static_cast<std::uint32_t>(position), 0});
+    Append(op, function, position, 0);
   }
   void PushInteger(std::int64_t value, std::size_t position) {
-    Append(Instruction{OpCode::PushConstant, Function::None, static_cast<std::uint32_t>(position),
-                       static_cast<std::int32_t>(code_.integerConstants.size())});
+    Append(OpCode::PushConstant, Function::None, position,
+           static_cast<std::int64_t>(code_.integerConstants.size()));
     code_.integerConstants.push_back(value);
   }
   void PushFloat(double value, std::size_t position) {
-    Append(Instruction{OpCode::PushConstant, Function::None, static_cast<std::uint32_t>(position),
-                       static_cast<std::int32_t>(code_.floatConstants.size())});
+    Append(OpCode::PushConstant, Function::None, position,
+           static_cast<std::int64_t>(code_.floatConstants.size()));
     code_.floatConstants.push_back(value);
   }
   void PushVariable(const VariableRef& ref, std::size_t position);
@@ -51,10 +51,16 @@ class CodeBuilder {
   Code Finish();
 
  private:
-  void Append(const Instruction& instruction) {
+  // Fills the new instruction field by field in place: an Instruction built
+  // on the stack and copied whole makes the processor wait for its parts.
+  void Append(OpCode op, Function function, std::size_t position, std::int64_t operand) {
     if (code_.instructions.size() >= kMaxInstructions) ThrowTooLarge();
-    code_.instructions.push_back(instruction);
-    Adjust(StackEffect(instruction.op));
+    Instruction& in = code_.instructions.emplace_back();
+    in.op = op;
+    in.function = function;
+    in.position = static_cast<std::uint32_t>(position);
+    in.operand = static_cast<std::int32_t>(operand);
+    Adjust(StackEffect(op));
   }
   void Adjust(int effect) {
     if (effect < 0 && height_ < static_cast<std::size_t>(-effect)) {
