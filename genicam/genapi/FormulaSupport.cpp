@@ -163,11 +163,11 @@ class NodeVariableSource : public formula::IVariableSource {
 class FormulaCache {
  public:
   struct Entry {
-    uint64_t hash;
-    bool integer;
-    const char* text;
-    const FormulaVariables* vars;
-    const char* extra;
+    uint64_t hash = 0;
+    bool integer = false;
+    const char* text = nullptr;
+    const FormulaVariables* vars = nullptr;
+    const char* extra = nullptr;
     std::optional<formula::Formula> formula;
     const char* error = nullptr;
   };
@@ -188,10 +188,15 @@ class FormulaCache {
         return e;
       }
     }
-    entries_.push_back(Entry{hash, integer, text, &vars, extra, std::nullopt, nullptr});
+    Entry& e = entries_.emplace_back();
+    e.hash = hash;
+    e.integer = integer;
+    e.text = text;
+    e.vars = &vars;
+    e.extra = extra;
     slots_[i] = static_cast<uint32_t>(entries_.size());
     created = true;
-    return entries_.back();
+    return e;
   }
 
   // Reused for every compilation.

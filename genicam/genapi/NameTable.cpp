@@ -42,7 +42,13 @@ uint32_t NameTable::Add(std::string_view name, uint32_t hash) {
   char* text = static_cast<char*>(arena_.Allocate(name.size() + 2, 1));
   CopyBytes(text, name.data(), name.size());
   text[name.size()] = text[name.size() + 1] = '\0';
-  entries_.push_back(Entry{text, static_cast<uint32_t>(name.size()), hash, nullptr, 0, 0});
+  Entry& e = entries_.emplace_back();  // filled in place: a whole Entry copied stalls
+  e.text = text;
+  e.size = static_cast<uint32_t>(name.size());
+  e.hash = hash;
+  e.node = nullptr;
+  e.index = 0;
+  e.kinds = 0;
   slots_[slot] = Slot{hash, static_cast<uint32_t>(entries_.size())};
   return slots_[slot].id - 1;
 }

@@ -145,32 +145,55 @@ class Loader {
   Loader(const Loader&) = delete;
   Loader& operator=(const Loader&) = delete;
 
-  // The elements under the root, groups flattened, are listed first and the
-  // nodes of the node elements among them built in one go; then each is
-  // loaded in the same order. Building nodes back to back keeps the tables
-  // their constructors read (VTTs, vtables of the virtual bases) in the cache.
+  // The elements under the root, groups flattened, are listed a few dozen
+  // at a time and the nodes of the node elements among them built in one go;
+  // then each is loaded in the same order. Building nodes back to back keeps
+  // the tables their constructors read (VTTs, vtables of the virtual bases)
+  // in the cache.
   void LoadChildren(const pugi::xml_node& root) {
-    // Groups nest; an explicit stack keeps hostile nesting off the call stack.
-    std::vector<pugi::xml_node> stack;
-    PushChildren(root, stack);
-    while (!stack.empty()) {
-      pugi::xml_node n = stack.back();
-      stack.pop_back();
-      const Elem kind = ElemOfQualified(n.name());
-      if (kind == Elem::Group)
-        PushChildren(n, stack);
-      else
+    // Groups nest; an explicit stack of where to go on after each open group
+    // keeps hostile nesting off the call stack. Siblings are read forwards,
+    // in the order they lie in memory.
+    std::vector<pugi::xml_node> resume;
+    pugi::xml_node n = root.first_child();
+    for (;;) {
+      const pugi::xml_node_type type = n.type();
+      if (type == pugi::node_null) {
+        if (resume.empty()) break;
+        n = resume.back();
+        resume.pop_back();
+        continue;
+      }
+      if (type == pugi::node_element) {
+        const Elem kind = ElemOfQualified(n.name());
+        if (kind == Elem::Group) {
+          resume.push_back(n.next_sibling());
+          n = n.first_child();
+          continue;
+        }
         Plan(n, kind, plan_.emplace_back());
+        if (plan_.size() == kPlanned) LoadPlanned();
+      }
+      n = n.next_sibling();
     }
+    LoadPlanned();
+  }
+
+ private:
+  // Nodes built ahead at a time: enough to keep the constructors' tables in
+  // the cache, few enough that the nodes are still there when they load.
+  static constexpr size_t kPlanned = 64;
+
+  void LoadPlanned() {
     for (Planned& p : plan_) {
       if (p.kind == Elem::StructReg)
         LoadStructReg(p.element);
       else
         LoadNode(p);
     }
+    plan_.clear();
   }
 
- private:
   // An element under the root and, for a node element with a Name, its node
   // built ahead of loading.
   struct Planned {
@@ -243,11 +266,6 @@ class Loader {
     uint32_t nameId_;
     size_t first_;
   };
-
-  static void PushChildren(const pugi::xml_node& n, std::vector<pugi::xml_node>& stack) {
-    for (pugi::xml_node c = n.last_child(); c; c = c.previous_sibling())
-      if (c.type() == pugi::node_element) stack.push_back(c);
-  }
 
   // The Name and NameSpace attributes of a node element, in one pass.
   struct NodeAttributes {
