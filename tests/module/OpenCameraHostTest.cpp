@@ -1,10 +1,12 @@
 // Opening a camera through the host interface, end to end: the module is
 // loaded with dlopen, its serial requests are served from a simulated camera
 // (in this process, or the vqcam-sim program behind a pseudo-terminal), and
-// command 25 runs the whole road to a feature tree and a category table.
+// command 25 runs the whole road to a feature tree and a category table; the
+// baud rate is switched on the way.
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include <algorithm>
 #include <memory>
 #include <regex>
 #include <string>
@@ -78,6 +80,26 @@ TEST_P(OpenCamera, OpensClosesReopensAndMovesToAnotherPort) {
   EXPECT_EQ(extension.InitializeCamera(nullptr, nullptr, nullptr, ParameterRecordList(2)), 1);
   EXPECT_EQ(extension.GetParameterCount(), kAreaFeatureCount);
 
+  // The fastest rate the line and the camera (all eight rates) share; the
+  // camera and the host's port (request 20) switched to 115200 baud and back.
+  std::uint32_t common = 1;
+  for (std::uint32_t bit = 1; bit <= 128; bit <<= 1) {
+    if (area.Link()->SupportedBaudRates() & bit) common = bit;
+  }
+  EXPECT_EQ(QueryWord(extension, CMD_MAX_BAUD_RATE), common);
+  EXPECT_EQ(QueryWord(extension, CMD_CURRENT_BAUD_RATE), 1u);
+  for (std::uint32_t bit : {16u, 1u}) {
+    host.serialRequests.clear();
+    std::uint32_t rate = bit;
+    EXPECT_EQ(extension.ExecuteCommand(CMD_SET_BAUD_RATE, &rate, sizeof rate), 1) << bit;
+    EXPECT_EQ(QueryWord(extension, CMD_CURRENT_BAUD_RATE), bit);
+    EXPECT_EQ(
+        std::count(host.serialRequests.begin(), host.serialRequests.end(), SERIAL_SET_BAUD_RATE),
+        1);
+  }
+  EXPECT_TRUE(host.messages.empty());
+
+  // Both sides of the line stayed in step: the next open reads everything anew.
   EXPECT_EQ(host.Close(), 1);
   EXPECT_EQ(extension.GetParameterCount(), 0u);
   EXPECT_EQ(host.Open(0, 0, 0, &status), 1);

@@ -1,7 +1,8 @@
 // The camera services behind QueryCommand and ExecuteCommand, through the host
 // interface: visibility level, parameter texts, model and help file names,
 // configuration save, parameters named by the protocol driver and the baud
-// rate (in process and over a pseudo-terminal with vqcam-sim).
+// rate's entries and refusals. (The baud rate switched over a pseudo-terminal
+// with vqcam-sim: OpenCameraHostTest.)
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,7 +11,6 @@
 #include <string>
 #include <vector>
 
-#include "SimProcess.h"
 #include "support/DescriptionText.h"
 #include "support/ForwardingLink.h"
 #include "support/HostCamera.h"
@@ -86,6 +86,14 @@ TEST_F(KorvaServices, ModelAndHelpFileNames) {
   EXPECT_EQ(Ext().QueryCommand(CMD_MODEL_NAME, nullptr, 64), 0);
 }
 
+TEST_F(KorvaServices, BaudRatesOutsideTheTableAndNullBuffersAreRefused) {
+  std::uint32_t unknown = 256;
+  EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, &unknown, 4), 0);
+  EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, nullptr, 4), 0);
+  EXPECT_EQ(Ext().QueryCommand(CMD_MAX_BAUD_RATE, nullptr, 4), 0);
+  EXPECT_EQ(QueryWord(Ext(), CMD_CURRENT_BAUD_RATE), 1u);
+}
+
 TEST_F(KorvaServices, SavedConfigurationReachesTheCamerasStore) {
   ASSERT_EQ(Ext().QueryCommand(CMD_CAN_SAVE_CONFIGURATION, nullptr, 0), 1);
   ASSERT_EQ(Ext().SetParameterValue(camera.Index("Width"), "1024"), 1);
@@ -134,67 +142,6 @@ TEST_F(KorvaServices, RefreshForcesTheNextReadToTheCamera) {
   ASSERT_EQ(Ext().ExecuteCommand(CMD_REFRESH_PARAMETER, name, sizeof name), 1);
   EXPECT_GE(readsOf(), 1u);
   EXPECT_EQ(readsOf(), 0u);
-}
-
-TEST_F(KorvaServices, BaudRateSwitchKeepsBothSidesOfTheLineInStep) {
-  EXPECT_EQ(QueryWord(Ext(), CMD_MAX_BAUD_RATE), 128u);
-  EXPECT_EQ(QueryWord(Ext(), CMD_CURRENT_BAUD_RATE), 1u);
-  std::uint32_t unknown = 256;
-  EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, &unknown, 4), 0);
-  EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, nullptr, 4), 0);
-  EXPECT_EQ(Ext().QueryCommand(CMD_MAX_BAUD_RATE, nullptr, 4), 0);
-  // The camera and the host's port change together: the camera keeps
-  // answering at each rate and no byte arrives at a rate the other side left.
-  for (std::uint32_t bit : {16u, 1u}) {
-    std::uint32_t rate = bit;
-    EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, &rate, sizeof rate), 1) << bit;
-    EXPECT_EQ(QueryWord(Ext(), CMD_CURRENT_BAUD_RATE), bit);
-    EXPECT_EQ(camera.Simulator().device().baudRate(), bit);
-    EXPECT_EQ(camera.Simulator().hostBaudRate(), bit);
-  }
-  EXPECT_EQ(camera.Simulator().stats().garbledBytes, 0u);
-}
-
-// The camera served by the vqcam-sim program on a pseudo-terminal: rates are
-// negotiated over a real serial line.
-TEST(BaudRateOverPty, NegotiatedSwitchedAndReadBack) {
-  SimProcess program;
-  std::string error;
-  ASSERT_TRUE(
-      program.Start(VQ_SIM_PROGRAM, std::string(VQ_SOURCE_DIR) + "/examples/korva-area", &error))
-      << error;
-  SerialDeviceLink line(program.DevicePath());
-  ASSERT_TRUE(line.IsOpen());
-  platform::SetEnv("VQ_DIALOG", "none");
-  TestHost host;
-  host.cameraText = kKorvaModel;
-  host.Attach(0, &line);
-  std::uint32_t status = 9;
-  ASSERT_EQ(host.Open(0, 0, 0, &status), 1);
-  ASSERT_EQ(status, 0u);
-  VQ_Ext& ext = host.Extension();
-
-  // The fastest rate both the line and the camera (all eight rates) offer.
-  std::uint32_t common = 1;
-  for (std::uint32_t bit = 1; bit <= 128; bit <<= 1) {
-    if (line.SupportedBaudRates() & bit) common = bit;
-  }
-  EXPECT_EQ(QueryWord(ext, CMD_MAX_BAUD_RATE), common);
-  EXPECT_EQ(QueryWord(ext, CMD_CURRENT_BAUD_RATE), 1u);
-  for (std::uint32_t bit : {16u, 1u}) {
-    host.ClearRecords();
-    std::uint32_t rate = bit;
-    EXPECT_EQ(ext.ExecuteCommand(CMD_SET_BAUD_RATE, &rate, sizeof rate), 1) << bit;
-    EXPECT_EQ(QueryWord(ext, CMD_CURRENT_BAUD_RATE), bit);
-    // The host's own port was switched too (request 20).
-    const auto& requests = host.serialRequests;
-    EXPECT_NE(std::find(requests.begin(), requests.end(), SERIAL_SET_BAUD_RATE), requests.end());
-  }
-  EXPECT_EQ(ext.GetParameterCount(), 77u);  // the line still carries the camera's answers
-  char model[16] = {};
-  EXPECT_EQ(ext.QueryCommand(CMD_MODEL_NAME, model, sizeof model), 1);
-  EXPECT_STREQ(model, "A2040M");
-  EXPECT_TRUE(host.messages.empty());
 }
 
 // A frame grabber whose port offers the rates of `mask`.
