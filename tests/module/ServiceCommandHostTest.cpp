@@ -84,6 +84,14 @@ TEST_F(KorvaServices, ModelAndHelpFileNames) {
   EXPECT_EQ(QueryText(Ext(), CMD_HELP_FILE_NAME, 64), "KORVA_A2040M.chm");
   EXPECT_EQ(QueryText(Ext(), CMD_HELP_FILE_NAME, 8), "KORVA_A");
   EXPECT_EQ(Ext().QueryCommand(CMD_MODEL_NAME, nullptr, 64), 0);
+  // Sizes of no buffer (0, or 2^31 and above): answered, nothing written.
+  for (std::uint32_t id : {CMD_MODEL_NAME, CMD_HELP_FILE_NAME}) {
+    for (std::uint32_t size : {0u, 0x80000000u, 0xFFFFFFFFu}) {
+      char text[32] = "#";
+      EXPECT_EQ(Ext().QueryCommand(id, text, size), 1) << id << " size " << size;
+      EXPECT_STREQ(text, "#") << id << " size " << size;
+    }
+  }
 }
 
 TEST_F(KorvaServices, BaudRatesOutsideTheTableAndNullBuffersAreRefused) {
