@@ -144,20 +144,18 @@ TEST(WBCheckBoxMessages, CheckStateAndClicks) {
   const Message down{ui::WM_LBUTTONDOWN, ui::MK_LBUTTON};
   const Message up{ui::WM_LBUTTONUP, 0};
   const Message doubleClick{ui::WM_LBUTTONDBLCLK, ui::MK_LBUTTON};
-  const MessageCase cases[] = {
-      {"fresh", {}, 0, 0},
-      {"set 1", {{ui::BM_SETCHECK, 1}}, 1, 0},
-      {"set 2 is stored unchanged", {{ui::BM_SETCHECK, 2}}, 2, 0},
-      {"click after set 2 clears", {{ui::BM_SETCHECK, 2}, down, up}, 0, 1},
-      {"click checks", {down, up}, 1, 1},
-      {"click unchecks", {{ui::BM_SETCHECK, 1}, down, up}, 0, 1},
-      {"double click toggles twice", {down, up, doubleClick, up}, 0, 2},
-      {"BM_CLICK is a click", {{ui::BM_CLICK, 0}}, 1, 1},
-      {"space bar clicks without toggling",
-       {{ui::WM_KEYDOWN, ui::VK_SPACE}, {ui::WM_KEYUP, ui::VK_SPACE}},
-       0,
-       1},
-  };
+  const MessageCase cases[] = {{"fresh", {}, 0, 0},
+                               {"set 1", {{ui::BM_SETCHECK, 1}}, 1, 0},
+                               {"set 2 is stored unchanged", {{ui::BM_SETCHECK, 2}}, 2, 0},
+                               {"click after set 2 clears", {{ui::BM_SETCHECK, 2}, down, up}, 0, 1},
+                               {"click checks", {down, up}, 1, 1},
+                               {"click unchecks", {{ui::BM_SETCHECK, 1}, down, up}, 0, 1},
+                               {"double click toggles twice", {down, up, doubleClick, up}, 0, 2},
+                               {"BM_CLICK is a click", {{ui::BM_CLICK, 0}}, 1, 1},
+                               {"space bar clicks without toggling",
+                                {{ui::WM_KEYDOWN, ui::VK_SPACE}, {ui::WM_KEYUP, ui::VK_SPACE}},
+                                0,
+                                1}};
   for (const MessageCase& c : cases) {
     SCOPED_TRACE(c.name);
     BoundCheckBox control;

@@ -2,10 +2,10 @@
 // the way the camera object does it.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <string>
-
-#include <gtest/gtest.h>
 
 #include "camera/GenICamRuntime.h"
 #include "features/GenericFeature.h"
