@@ -17,11 +17,9 @@ namespace vq::test {
 struct LoadedNodeMap {
   std::unique_ptr<MemoryPort> port = std::make_unique<MemoryPort>();
   std::unique_ptr<GenApi::CNodeMapRef> reference = CreateNodeMapReference();
-  bool connected = false;
-
   explicit LoadedNodeMap(const std::string& xmlText) {
     LoadNodeMapFromText(*reference, GenICam::gcstring(xmlText.c_str()));
-    connected = ConnectNodeMap(*reference, port.get());
+    EXPECT_TRUE(ConnectNodeMap(*reference, port.get()));
   }
   GenApi::INode* Node(const char* name) const { return reference->_GetNode(name); }
   // A handle on the named node; the test fails when there is none.
