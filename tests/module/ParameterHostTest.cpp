@@ -137,30 +137,21 @@ struct SizeRow {
 
 TEST_F(EdgeCamera, SizeRulesOfEveryCode) {
   const std::int32_t kTwoTo31 = static_cast<std::int32_t>(0x80000000u);
-  const SizeRow rows[] = {{PARAM_DISPLAY_NAME, 0, 0, 0},
-                          {PARAM_DISPLAY_NAME, 3, 0, 0},
-                          {PARAM_DISPLAY_NAME, 4, 0, 0},
-                          {PARAM_DISPLAY_NAME, 5, 1, 5},
-                          {PARAM_DISPLAY_NAME, 6, 1, 6},
-                          {PARAM_DISPLAY_NAME, 515, 1, 515},
-                          {PARAM_DISPLAY_NAME, kTwoTo31, 0, 0},
-                          {PARAM_DISPLAY_NAME, -1, 0, 0},
-                          {PARAM_CATEGORY_INDEX, 3, 0, 0},
-                          {PARAM_CATEGORY_INDEX, 8, 1, 4},
-                          {PARAM_CATEGORY_INDEX, kTwoTo31, 1, 4},
-                          {PARAM_MINIMUM, 515, 1, 4},
-                          {PARAM_MAXIMUM, 5, 1, 4},
-                          {PARAM_INCREMENT, 8, 0, 0},
-                          {PARAM_INCREMENT, 4, 1, 4},
-                          {PARAM_ENTRY_COUNT, 5, 0, 0},
-                          {PARAM_WRITABLE, 0, 0, 0},
-                          {PARAM_RESERVED9, 3, 0, 0},
-                          {PARAM_VALUE_KIND, kTwoTo31, 0, 0},
-                          {PARAM_CONSTANT_FOUR, 0, 1, 4},
-                          {PARAM_IDENTIFIER, 8, 0, 0},
-                          {PARAM_DECIMALS, 515, 1, 4},
-                          {14, 4, 0, 0},
-                          {0xFFFFFFFFu, 4, 0, 0}};
+  // clang-format off
+  const SizeRow rows[] = {
+      {PARAM_DISPLAY_NAME, 0, 0, 0},         {PARAM_DISPLAY_NAME, 3, 0, 0},
+      {PARAM_DISPLAY_NAME, 4, 0, 0},         {PARAM_DISPLAY_NAME, 5, 1, 5},
+      {PARAM_DISPLAY_NAME, 6, 1, 6},         {PARAM_DISPLAY_NAME, 515, 1, 515},
+      {PARAM_DISPLAY_NAME, kTwoTo31, 0, 0},  {PARAM_DISPLAY_NAME, -1, 0, 0},
+      {PARAM_CATEGORY_INDEX, 3, 0, 0},       {PARAM_CATEGORY_INDEX, 8, 1, 4},
+      {PARAM_CATEGORY_INDEX, kTwoTo31, 1, 4}, {PARAM_MINIMUM, 515, 1, 4},
+      {PARAM_MAXIMUM, 5, 1, 4},              {PARAM_INCREMENT, 8, 0, 0},
+      {PARAM_INCREMENT, 4, 1, 4},            {PARAM_ENTRY_COUNT, 5, 0, 0},
+      {PARAM_WRITABLE, 0, 0, 0},             {PARAM_RESERVED9, 3, 0, 0},
+      {PARAM_VALUE_KIND, kTwoTo31, 0, 0},    {PARAM_CONSTANT_FOUR, 0, 1, 4},
+      {PARAM_IDENTIFIER, 8, 0, 0},           {PARAM_DECIMALS, 515, 1, 4},
+      {14, 4, 0, 0},                         {0xFFFFFFFFu, 4, 0, 0}};
+  // clang-format on
   const std::uint32_t index = Index("Count");
   for (const SizeRow& row : rows) {
     SCOPED_TRACE("code " + std::to_string(row.code) + " size " + std::to_string(row.size));
