@@ -11,6 +11,30 @@ namespace {
 using Args = std::vector<std::string>;
 using nlohmann::json;
 
+// "NAME=VALUE" split at its first "=".
+std::pair<std::string, std::string> AssignmentOf(const std::string& word) {
+  const auto equals = word.find('=');
+  if (equals == std::string::npos || equals == 0) {
+    throw UsageError("set takes NAME=VALUE, not '" + word + "'");
+  }
+  return {Trim(word.substr(0, equals)), word.substr(equals + 1)};
+}
+
+// The baud-rate bit of "max" (0: ask the module) or of a rate.
+std::uint32_t BaudBitOf(const std::string& word) {
+  if (Lower(word) == "max") return 0;
+  double rate = 0;
+  std::uint32_t bit = 0;
+  if (ParseNumber(word, rate) && rate > 0 && rate < 1e7) {
+    bit = BitOfBaudRate(static_cast<std::uint32_t>(rate));
+  }
+  if (bit == 0) {
+    throw UsageError("'" + word + "' is not a Camera Link baud rate; use max, 9600, 19200, " +
+                     "38400, 57600, 115200, 230400, 460800 or 921600");
+  }
+  return bit;
+}
+
 std::string ValueShown(const Feature& feature, const std::string& text) {
   if (feature.isButton()) return "(command)";
   return UserValue(feature, text);
@@ -75,12 +99,8 @@ void Set(Session& session, const Args& args) {
   json values = json::array();
   std::vector<Row> rows;
   for (const auto& assignment : args) {
-    const auto equals = assignment.find('=');
-    if (equals == std::string::npos || equals == 0) {
-      throw UsageError("set takes NAME=VALUE, not '" + assignment + "'");
-    }
-    const Feature& feature = session.names().resolve(Trim(assignment.substr(0, equals)));
-    const std::string requested = assignment.substr(equals + 1);
+    const auto [name, requested] = AssignmentOf(assignment);
+    const Feature& feature = session.names().resolve(name);
     const std::string moduleText = session.names().toModuleText(feature, requested);
     session.writeValue(feature, moduleText, requested);
     const std::string text = session.readValue(feature);
@@ -121,20 +141,8 @@ void Categories(Session& session, const Args&) {
 
 void Baud(Session& session, const Args& args) {
   if (!args.empty()) {
-    std::uint32_t bit = 0;
-    if (Lower(args[0]) == "max") {
-      bit = session.maxBaudBit();
-    } else {
-      double rate = 0;
-      if (ParseNumber(args[0], rate) && rate > 0 && rate < 1e7) {
-        bit = BitOfBaudRate(static_cast<std::uint32_t>(rate));
-      }
-      if (bit == 0) {
-        throw UsageError("'" + args[0] + "' is not a Camera Link baud rate; use max, 9600, " +
-                         "19200, 38400, 57600, 115200, 230400, 460800 or 921600");
-      }
-    }
-    session.setBaudBit(bit);
+    const std::uint32_t bit = BaudBitOf(args[0]);
+    session.setBaudBit(bit != 0 ? bit : session.maxBaudBit());
   }
   const std::uint32_t baud = BaudRateOfBit(session.currentBaudBit());
   const std::uint32_t maxBaud = BaudRateOfBit(session.maxBaudBit());
@@ -243,6 +251,11 @@ void CheckCommand(const std::vector<std::string>& words) {
     return;
   }
   Spec(words);
+  if (words.front() == "set") {
+    for (std::size_t i = 1; i < words.size(); ++i) AssignmentOf(words[i]);
+  } else if (words.front() == "baud" && words.size() == 2) {
+    BaudBitOf(words[1]);
+  }
 }
 
 void RunCommand(Session& session, const std::vector<std::string>& words) {

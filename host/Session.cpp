@@ -64,6 +64,7 @@ Session::Session(const Options& options)
     : options_(options),
       output_(options.json),
       progress_(platform::IsStderrTerminal()) {
+  if (!options_.visibility.empty()) VisibilityLevelName(options_.visibility);
   try {
     backend_ = MakeBackend(options_);
     const std::string cameraText = options_.cameraText.value_or(backend_->defaultCameraText());
@@ -181,7 +182,7 @@ std::string Session::visibilityLevel() {
   return level;
 }
 
-void Session::setVisibilityLevel(const std::string& name) {
+std::string VisibilityLevelName(const std::string& name) {
   static const char* const kLevels[] = {"Beginner", "Expert", "Guru", "Invisible"};
   const auto known = std::find_if(std::begin(kLevels), std::end(kLevels),
                                   [&](const char* level) { return Lower(level) == Lower(name); });
@@ -189,8 +190,12 @@ void Session::setVisibilityLevel(const std::string& name) {
     throw UsageError("unknown visibility level '" + name +
                      "'; use beginner, expert, guru or invisible");
   }
+  return *known;
+}
+
+void Session::setVisibilityLevel(const std::string& name) {
   char level[VISIBILITY_LEVEL_DATA_SIZE] = {};
-  std::snprintf(level, sizeof(level), "%s", *known);
+  std::snprintf(level, sizeof(level), "%s", VisibilityLevelName(name).c_str());
   if (extension().ExecuteCommand(CMD_VISIBILITY_LEVEL, level, sizeof(level)) != 1) {
     throw Refused("the camera module did not accept the visibility level " + name);
   }

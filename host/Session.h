@@ -19,6 +19,10 @@
 
 namespace vq::host {
 
+// The module's spelling of a visibility level given in any letter case; a usage Failure for
+// anything else.
+std::string VisibilityLevelName(const std::string& name);
+
 class Session {
  public:
   // Connects and opens the camera. Throws Failure (exit code 2) when it cannot.

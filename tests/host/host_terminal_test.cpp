@@ -1,0 +1,78 @@
+// vqcam as a person sees it on a terminal: run in a tmux pane, the screen captured and read.
+// Opening shows its progress there and nowhere else; --select brings up the module's own
+// selector dialog on the terminal.
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "host_test_support.h"
+
+namespace {
+
+// A tmux server of its own with one pane running a shell command.
+class TmuxPane {
+ public:
+  explicit TmuxPane(const std::string& command) : socket_("vqcam-test-" + std::to_string(getpid())) {
+    const auto started = Tmux({"new-session", "-d", "-s", "t", "-x", "160", "-y", "40",
+                               "env VQ_DIALOG=tty " + command + "; echo EXIT=$?; sleep 120"});
+    EXPECT_EQ(started.exitCode, 0) << started.err;
+  }
+  ~TmuxPane() { Tmux({"kill-server"}); }
+
+  std::string screen() { return Tmux({"capture-pane", "-p", "-t", "t"}).out; }
+  void keys(const std::vector<std::string>& keys) {
+    std::vector<std::string> args = {"send-keys", "-t", "t"};
+    args.insert(args.end(), keys.begin(), keys.end());
+    Tmux(args);
+  }
+  // Waits (bounded) until the screen shows `text`; returns the screen.
+  std::string waitFor(const std::string& text, int timeoutMs = 120000) {
+    std::string shown;
+    for (int waited = 0; waited < timeoutMs; waited += 100) {
+      shown = screen();
+      if (shown.find(text) != std::string::npos) break;
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    return shown;
+  }
+
+ private:
+  hosttest::RunResult Tmux(std::vector<std::string> args) {
+    args.insert(args.begin(), {"/usr/bin/tmux", "-L", socket_});
+    return hosttest::Run(args, "", {}, 20000);
+  }
+  std::string socket_;
+};
+
+TEST(Terminal, OpeningShowsProgressOnATerminalOnly) {
+  hosttest::SimulatorProcess simulator;
+  const std::string command = hosttest::VqcamProgram() + " --port " + simulator.devicePath() +
+                              " --camera A2040M info";
+  TmuxPane pane(command);
+  const std::string screen = pane.waitFor("EXIT=");
+  EXPECT_NE(screen.find("opening " + simulator.devicePath() + ": "), std::string::npos) << screen;
+  EXPECT_NE(screen.find(" kB over the link, "), std::string::npos) << screen;
+  EXPECT_NE(screen.find(" s, open"), std::string::npos) << screen;
+  EXPECT_NE(screen.find("EXIT=0"), std::string::npos) << screen;
+
+  hosttest::SimulatorProcess again;
+  const auto piped = hosttest::Vqcam({"--port", again.devicePath(), "--camera", "A2040M", "info"});
+  EXPECT_EQ(piped.exitCode, 0) << piped.err;
+  EXPECT_EQ(piped.err.find("over the link"), std::string::npos) << piped.err;
+}
+
+TEST(Terminal, SelectShowsTheModulesSelectorOnTheTerminal) {
+  TmuxPane pane(hosttest::VqcamProgram() + " --simulate --select info");
+  const std::string dialog = pane.waitFor("Camera XML Selector", 60000);
+  ASSERT_NE(dialog.find("Camera XML Selector"), std::string::npos) << dialog;
+  EXPECT_NE(dialog.find("A2040M"), std::string::npos) << dialog;
+  pane.keys({"Escape"});
+  const std::string closed = pane.waitFor("EXIT=");
+  EXPECT_NE(closed.find("EXIT=2"), std::string::npos) << closed;
+  EXPECT_NE(closed.find("no camera description was chosen"), std::string::npos) << closed;
+}
+
+}  // namespace
