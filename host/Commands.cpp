@@ -90,7 +90,7 @@ void Get(Session& session, const Args& args) {
     const Feature& feature = session.names().resolve(name);
     const std::string text = session.readValue(feature);
     values.push_back(FeatureJson(session, feature, &text));
-    rows.push_back({feature.name, "=", ValueShown(feature, text)});
+    rows.push_back({feature.name, "= " + ValueShown(feature, text)});
   }
   session.output().emit({{"command", "get"}, {"values", values}}, AlignedTable(rows));
 }
@@ -107,7 +107,7 @@ void Set(Session& session, const Args& args) {
     json item = FeatureJson(session, feature, &text);
     item["requested"] = requested;
     values.push_back(item);
-    rows.push_back({feature.name, "=", ValueShown(feature, text)});
+    rows.push_back({feature.name, "= " + ValueShown(feature, text)});
   }
   session.output().emit({{"command", "set"}, {"values", values}}, AlignedTable(rows));
 }

@@ -22,7 +22,7 @@ void Progress::begin(const std::string& label) {
   active_ = true;
   start_ = std::chrono::steady_clock::now();
   lastDraw_ = start_;
-  draw(0, "");
+  // Nothing is drawn before the first bytes move: the module may first show its selector.
 }
 
 void Progress::update(std::uint64_t bytes) {

@@ -167,7 +167,7 @@ std::string Session::readValue(const Feature& feature) {
 void Session::writeValue(const Feature& feature, const std::string& moduleText,
                          const std::string& shownValue) {
   if (!feature.writable) {
-    throw Refused("'" + feature.name + "' is read-only; 'vqcam describe' shows what can be set");
+    throw Refused("'" + feature.name + "' is read-only; 'vqcam list' shows which features can be set (access rw)");
   }
   host_->clearLastMessage();
   if (extension().SetParameterValue(feature.index, moduleText.c_str()) != 1) {
