@@ -12,9 +12,13 @@
 //              IValue::GetNode, IRegister::GetAddress, IInteger, IFloat, IBoolean, IString,
 //              IEnumeration, IEnumEntry, ICommand, Member_NodeCallback, node_vector,
 //              value_vector.
-//   CLProtocol ISerial, ISerialAdapter (the serial bridge to the host).
+//   CLProtocol CCLPort (RegisterSerial, UnRegisterSerials, GetDeviceIDTemplates, ProbeDevice,
+//              Connect, GetXML, GetDeviceID; the port as GenApi::IPort and as ISerial),
+//              CDeviceID (FromString and the field accessors), ISerial, ISerialAdapter.
 #pragma once
 
+#include <CLProtocol/CLPort.h>
+#include <CLProtocol/DeviceID.h>
 #include <CLProtocol/ISerialAdapter.h>
 #include <GenApi/GenApi.h>
 #include <GenICam.h>

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "camera/GenICamRuntime.h"
+#include "camera/SerialAdapter.h"
 #include "features/BoundedText.h"
 
 namespace vq {
@@ -13,9 +14,7 @@ GenericCamera::GenericCamera(ParameterRecordList records) {
 }
 
 GenericCamera::~GenericCamera() {
-  // The port and the serial adapter are never created yet (see the field
-  // comment), so the teardown starts with the feature tree and the node map.
-  ReleaseNodeMapAndTree();
+  Teardown();
   categories_.clear();
 }
 
@@ -57,13 +56,26 @@ void GenericCamera::ReleaseNodeMapAndTree() {
     featureTree_.reset();
   }
   DeleteNodeMapReference(nodeMap_);
+  ReleaseRetiredPorts();
 }
 
 void GenericCamera::AttachNodeMap(std::unique_ptr<GenApi::CNodeMapRef> nodeMap) {
   ReleaseNodeMapAndTree();
   nodeMap_ = std::move(nodeMap);
-  if (!nodeMap_) return;
-  featureTree_ = std::make_unique<CameraFeature>(*nodeMap_);
+  if (nodeMap_) BuildFeatureTree();
+}
+
+void GenericCamera::BuildFeatureTree() {
+  try {
+    featureTree_ = std::make_unique<CameraFeature>(*nodeMap_);
+  } catch (...) {
+    // The callbacks registered before the failure point at the unfinished
+    // tree: the node map that holds them goes at once.
+    ReleaseNodeMapAndTree();
+    throw;
+  }
+  std::uint32_t count = 0;
+  featureTree_->GetFeatureCount(count);
   featureTree_->SetChangeHandler(&GenericCamera::OnFeatureChanged, this);
   RebuildCategoryTable();
 }

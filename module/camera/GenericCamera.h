@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "camera/GenICamCalls.h"
@@ -13,13 +14,10 @@
 #include "features/GenericFeature.h"
 #include "vq/VQ_Ext.h"
 
-namespace CLProtocol {
-class CCLPort;
-}
-
 namespace vq {
 
 class SerialAdapter;
+struct FeatureInfoRecord;
 
 // Visibility levels of the camera object.
 enum VisibilityLevel : std::uint32_t {
@@ -65,32 +63,91 @@ class GenericCamera {
   bool HasFeatureTree() const { return featureTree_ != nullptr; }
   CameraFeature* FeatureTree() const { return featureTree_.get(); }
   GenApi::CNodeMapRef* NodeMap() const { return nodeMap_.get(); }
+  CLProtocol::CCLPort* Port() const { return port_.get(); }
+  SerialAdapter* Adapter() const { return serialAdapter_.get(); }
+
+  // ---- Connection: device detection, description selection, teardown ----
+
+  // Opens the camera on the host's serial port: 0 connected, 1 failed, 2 Load
+  // without a selection and nothing loaded, 3 nothing to load. GenICam
+  // exceptions outside the selector's guarded probe pass to the caller.
+  std::uint32_t Open(std::uint32_t portIndex, void* parentWindow, std::uint32_t alwaysShowSelector,
+                     std::uint32_t showSelectorWhenNoMatch);
+  // Releases the feature tree and the node map; port and adapter stay.
+  void Close();
+  // Request 22 for the port index; the host's answer is not used.
+  void ReportProbeFailure(std::uint32_t portIndex);
 
   // Takes a loaded and connected node-map reference, builds the feature tree
   // from it, installs OnFeatureChanged as its change handler and rebuilds the
   // category table from the features' top-level categories. Any previous tree
-  // and node map are released first. GenICam exceptions from the build pass to
-  // the caller; the node map is kept then, without a tree.
+  // and node map are released first. When the build throws, the node map goes
+  // too (its callbacks would point at the unfinished tree) and the exception
+  // passes to the caller.
   void AttachNodeMap(std::unique_ptr<GenApi::CNodeMapRef> nodeMap);
 
   // Change handler installed on the feature tree, the camera being the
   // context: sends code 9 with the feature's flat index. Always 1.
   static std::int32_t OnFeatureChanged(std::uint32_t index, GenericFeature* feature, void* context);
 
+  // ---- Feature information and value texts ----
+  std::int32_t GetFeatureInfo(std::uint32_t index, FeatureInfoRecord& record,
+                              std::uint32_t readValue);
+  std::int32_t AppendParameterTexts(std::uint32_t index, std::vector<ParameterTextItem>& texts);
+
+  // ---- Value write from text and buttons ----
+  std::int32_t SetFeatureValueText(std::uint32_t index, const char* text);
+  std::int32_t PressParameterButton(void* hostArgument, std::uint32_t index);
+
+  // ---- Baud rate and parameter-name services ----
+  std::uint32_t GetMaxCommonBaudRate();
+  std::uint32_t GetCurrentBaudRate();
+  std::int32_t SetBaudRate(std::uint32_t baudRateBit);
+  std::int32_t RefreshCameraParameter(const char* parameterName);
+  std::int32_t IsCameraParameterVisible(const char* parameterName);
+
+  // ---- Configuration save, visibility level, model and help ----
+  std::int32_t SetVisibilityLevel(const char* levelName);
+  std::int32_t GetVisibilityLevelName(char* buffer, std::uint32_t size) const;
+  std::int32_t HasSaveConfiguration() const;
+  std::int32_t SaveConfiguration();
+  std::int32_t GetDeviceModelName(char* buffer, std::uint32_t size);
+  std::int32_t GetHelpFileName(char* buffer, std::uint32_t size) const;
+
  private:
-  // Removes the change handler, then drops the feature tree, then the node map.
+  // Removes the change handler, then drops the feature tree, then the node
+  // map, then any port kept for that node map.
   void ReleaseNodeMapAndTree();
+  // Builds the feature tree from the connected node map, installs the change
+  // handler and rebuilds the category table. When the build throws, the node
+  // map is released before the exception passes on.
+  void BuildFeatureTree();
   void RebuildCategoryTable();
   std::int32_t CallHost(std::uint32_t code, std::uint32_t detail, void* data);
+  // Formats a message with one text value into 512 bytes and reports it.
+  void ReportFormatted(std::uint32_t level, const char* format, const char* value);
+
+  // Open's steps: a fresh port and adapter, registered as "KorvaPort".
+  void ReplacePortAndAdapter();
+  void ReleaseRetiredPorts();
+  // The selector loop: OPEN_CONNECTED with deviceID set once a template was
+  // accepted and probed, else the result Open returns.
+  std::uint32_t RunSelector(void* parentWindow, std::uint32_t portIndex,
+                            std::uint32_t showSelectorWhenNoMatch,
+                            const GenICam::gcstring_vector& templates, const char* detectedFamily,
+                            GenICam::gcstring& deviceID);
+  // The destruction's order: port, adapter, feature tree, node map.
+  void Teardown();
 
   std::vector<CategoryEntry> categories_;
-  // Protocol port and serial adapter: created by the connect operation, which
-  // comes with the device-detection work; nothing creates them yet.
-  [[maybe_unused]] CLProtocol::CCLPort* port_ = nullptr;
+  std::unique_ptr<CLProtocol::CCLPort> port_;
   std::unique_ptr<GenApi::CNodeMapRef> nodeMap_;
   std::unique_ptr<CameraFeature> featureTree_;
-  [[maybe_unused]] SerialAdapter* serialAdapter_ = nullptr;
+  std::unique_ptr<SerialAdapter> serialAdapter_;
   std::uint32_t visibilityLevel_ = VISIBILITY_LEVEL_GURU;
+  // Port and adapter of a connection whose node map outlived an open.
+  std::vector<std::unique_ptr<CLProtocol::CCLPort>> retiredPorts_;
+  std::vector<std::unique_ptr<SerialAdapter>> retiredAdapters_;
 };
 
 }  // namespace vq

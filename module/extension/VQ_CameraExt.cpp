@@ -57,26 +57,9 @@ std::int32_t VQ_CameraExt::GetExtensionName(char* buffer, std::int32_t size, std
   return 1;
 }
 
-std::uint32_t VQ_CameraExt::GetParameterCount() {
-  // Parameter operations come with the parameter-operations work; returns 0 until then.
-  return 0;
-}
-
-std::int32_t VQ_CameraExt::GetParameterAttribute(std::uint32_t, std::uint32_t, void*,
-                                                 std::int32_t) {
-  // Parameter operations come with the parameter-operations work; returns 0 until then.
-  return 0;
-}
-
 std::int32_t VQ_CameraExt::ReservedOperation9(void*) { return 0; }
 std::int32_t VQ_CameraExt::ReservedOperation10(void*) { return 0; }
 std::int32_t VQ_CameraExt::ReservedOperation11(void*) { return 0; }
-
-std::int32_t VQ_CameraExt::PressParameterButton(void*, std::uint32_t) {
-  ModuleStateGuard moduleState;
-  // Parameter operations come with the parameter-operations work; returns 0 until then.
-  return 0;
-}
 
 std::int32_t VQ_CameraExt::SetHostCallback(HostCallback callback, HostContext context) {
   hostCallback_ = callback;
@@ -85,34 +68,6 @@ std::int32_t VQ_CameraExt::SetHostCallback(HostCallback callback, HostContext co
 }
 
 std::int32_t VQ_CameraExt::ReservedOperation14(void*) { return 0; }
-
-std::int32_t VQ_CameraExt::QueryCommand(std::uint32_t, void*, std::uint32_t) {
-  // Commands come with the command-dispatcher work; returns 0 until then.
-  return 0;
-}
-
-std::int32_t VQ_CameraExt::ExecuteCommand(std::uint32_t, void*, std::uint32_t) {
-  ModuleStateGuard moduleState;
-  // Commands come with the command-dispatcher work; returns 0 until then.
-  return 0;
-}
-
-std::uint32_t VQ_CameraExt::GetCategoryCount() {
-  // Category queries come with the category-queries work; returns 0 until then.
-  return 0;
-}
-
-std::int32_t VQ_CameraExt::GetCategoryName(std::uint32_t, char*, std::int32_t, void*, std::int32_t,
-                                           std::uint32_t*) {
-  // Category queries come with the category-queries work; returns 0 until then.
-  return 0;
-}
-
-std::int32_t VQ_CameraExt::SetParameterValue(std::uint32_t, const char*) {
-  ModuleStateGuard moduleState;
-  // Parameter operations come with the parameter-operations work; returns 0 until then.
-  return 0;
-}
 
 std::int32_t VQ_CameraExt::ReservedOperation20(void*) {
   ModuleStateGuard moduleState;

@@ -60,6 +60,9 @@ class VQ_CameraExt : public VQ_Ext {
   const ParameterRecordList& ParameterRecords() const { return parameterRecords_; }
 
  private:
+  // CMD_OPEN_CAMERA: opens (openRequest >= 0) or closes the camera.
+  std::int32_t OpenOrCloseCamera(CommandRecord* record);
+
   HostCallback hostCallback_ = nullptr;
   HostContext hostContext_ = 0;
   std::unique_ptr<GenericCamera> camera_;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "camera/GenericCamera.h"
+#include "support/NodeMapFixture.h"
 
 namespace vq {
 namespace {
@@ -96,6 +97,38 @@ TEST_F(CameraObjectTest, FeatureChangesBecomeCode9WithTheIndex) {
   EXPECT_EQ(messages[0].detail, 12u);
   EXPECT_TRUE(messages[0].dataWasNull);
   EXPECT_EQ(messages[0].context, 5u);
+}
+
+// A port that fails every read at one address, as a camera that stops
+// answering would.
+class FailingPort : public test::MemoryPort {
+ public:
+  void Read(void* buffer, int64_t address, int64_t length) override {
+    if (address == kFailingAddress) throw ACCESS_EXCEPTION("no answer at 0x%llx", (long long)address);
+    MemoryPort::Read(buffer, address, length);
+  }
+  static constexpr int64_t kFailingAddress = 0x200;
+};
+
+TEST_F(CameraObjectTest, TreeBuildFailingPartWayReleasesTheNodeMap) {
+  // "First" gets its change callback before "Second"'s address read fails.
+  const std::string xml = test::Description(R"(
+  <Category Name="Root"><pFeature>First</pFeature><pFeature>Second</pFeature></Category>
+  <IntReg Name="First"><Address>0x100</Address><Length>4</Length><AccessMode>RW</AccessMode>
+    <pPort>Device</pPort><Sign>Unsigned</Sign><Endianess>LittleEndian</Endianess></IntReg>
+  <IntReg Name="Base"><Address>0x200</Address><Length>4</Length><AccessMode>RO</AccessMode>
+    <pPort>Device</pPort><Sign>Unsigned</Sign><Endianess>LittleEndian</Endianess></IntReg>
+  <IntReg Name="Second"><pAddress>Base</pAddress><Length>4</Length><AccessMode>RW</AccessMode>
+    <pPort>Device</pPort><Sign>Unsigned</Sign><Endianess>LittleEndian</Endianess></IntReg>)");
+  FailingPort port;
+  auto reference = CreateNodeMapReference();
+  LoadNodeMapFromText(*reference, GenICam::gcstring(xml.c_str()));
+  ASSERT_TRUE(ConnectNodeMap(*reference, &port));
+  camera.hostCallback = &Host;
+  EXPECT_THROW(camera.AttachNodeMap(std::move(reference)), GenICam::AccessException);
+  EXPECT_FALSE(camera.HasFeatureTree());
+  EXPECT_EQ(camera.NodeMap(), nullptr);
+  EXPECT_TRUE(messages.empty());
 }
 
 }  // namespace
