@@ -38,17 +38,17 @@ std::string ModelNameThrough(SerialBackend& backend) {
 
 struct BackendCase {
   const char* name;
-  std::function<std::unique_ptr<SerialBackend>(hosttest::SimulatorProcess*)> make;
+  std::function<std::unique_ptr<SerialBackend>(vq::test::SimProcess*)> make;
 };
 
 const BackendCase kBackends[] = {
-    {"simulator", [](hosttest::SimulatorProcess*) {
+    {"simulator", [](vq::test::SimProcess*) {
        return std::make_unique<vq::host::SimulatorBackend>("", "");
      }},
-    {"port", [](hosttest::SimulatorProcess* process) {
-       return std::make_unique<vq::host::SerialPortBackend>(process->devicePath());
+    {"port", [](vq::test::SimProcess* process) {
+       return std::make_unique<vq::host::SerialPortBackend>(process->DevicePath());
      }},
-    {"clser", [](hosttest::SimulatorProcess*) {
+    {"clser", [](vq::test::SimProcess*) {
        return std::make_unique<vq::host::ClSerialBackend>(VQ_CLSER_LIBRARY, 0);
      }},
 };
@@ -56,8 +56,8 @@ const BackendCase kBackends[] = {
 class Backends : public ::testing::TestWithParam<BackendCase> {};
 
 TEST_P(Backends, CarryGenCPAndFollowTheBaudRate) {
-  hosttest::SimulatorProcess process;
-  auto backend = GetParam().make(&process);
+  const auto process = hosttest::StartSimulator();
+  auto backend = GetParam().make(process.get());
   EXPECT_EQ(ModelNameThrough(*backend), "A2040M");
   EXPECT_EQ(backend->baudRate(), 1u);
   EXPECT_NE(backend->supportedBaudRates() & 0x10, 0u);

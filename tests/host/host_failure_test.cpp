@@ -1,7 +1,5 @@
 // vqcam on bad input: each failure ends with its exit code and a one-line message that
 // says what to do, in text and in JSON; nothing crashes or hangs.
-#include <signal.h>
-
 #include <gtest/gtest.h>
 
 #include "host_test_support.h"
@@ -80,19 +78,19 @@ INSTANTIATE_TEST_SUITE_P(Host, BadInputs, ::testing::ValuesIn(kBadInputs),
 // The camera on the pseudo-terminal stops (its process is suspended) in the middle of a
 // session: the next command ends the session with exit code 2 and says what happened.
 TEST(LostCamera, ACameraThatStopsAnsweringEndsTheSession) {
-  hosttest::SimulatorProcess simulator;
+  const auto simulator = hosttest::StartSimulator();
   hosttest::Child vqcam;
-  ASSERT_TRUE(vqcam.start({hosttest::VqcamProgram(), "--port", simulator.devicePath(), "--camera",
+  ASSERT_TRUE(vqcam.start({hosttest::VqcamProgram(), "--port", simulator->DevicePath(), "--camera",
                            "A2040M", "run", "-"},
                           {{"VQ_DIALOG", "none"}}));
   vqcam.write("get Width\n");
   ASSERT_TRUE(vqcam.waitForOutput("Width", 120000)) << "the camera did not open";
-  simulator.child().signal(SIGSTOP);
+  simulator->Pause();
   vqcam.write("get Height\nget Width\n");
   const auto result = vqcam.finish(120000);
-  simulator.child().signal(SIGCONT);
+  simulator->Resume();
   EXPECT_EQ(result.exitCode, 2) << result.err;
-  EXPECT_NE(result.err.find("the camera stopped answering on " + simulator.devicePath()),
+  EXPECT_NE(result.err.find("the camera stopped answering on " + simulator->DevicePath()),
             std::string::npos)
       << result.err;
 }

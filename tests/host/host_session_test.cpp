@@ -19,8 +19,8 @@ class EachBackend : public ::testing::TestWithParam<const char*> {
   std::vector<std::string> Link() {
     const std::string backend = GetParam();
     if (backend == "port") {
-      simulator_ = std::make_unique<hosttest::SimulatorProcess>();
-      return {"--port", simulator_->devicePath(), "--camera", "A2040M"};
+      simulator_ = hosttest::StartSimulator();
+      return {"--port", simulator_->DevicePath(), "--camera", "A2040M"};
     }
     if (backend == "clser") return {"--clser", hosttest::ClSerialLibrary() + ":0", "--camera", "A2040M"};
     return {"--simulate"};
@@ -29,7 +29,7 @@ class EachBackend : public ::testing::TestWithParam<const char*> {
     return {{"VQ_CLSER_PROFILES", hosttest::ExampleProfile("korva-area")}};
   }
 
-  std::unique_ptr<hosttest::SimulatorProcess> simulator_;
+  std::unique_ptr<vq::test::SimProcess> simulator_;
 };
 
 // The result of each command, by command name (the last one of that name).

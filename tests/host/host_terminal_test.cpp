@@ -48,18 +48,18 @@ class TmuxPane {
 };
 
 TEST(Terminal, OpeningShowsProgressOnATerminalOnly) {
-  hosttest::SimulatorProcess simulator;
-  const std::string command = hosttest::VqcamProgram() + " --port " + simulator.devicePath() +
+  const auto simulator = hosttest::StartSimulator();
+  const std::string command = hosttest::VqcamProgram() + " --port " + simulator->DevicePath() +
                               " --camera A2040M info";
   TmuxPane pane(command);
   const std::string screen = pane.waitFor("EXIT=");
-  EXPECT_NE(screen.find("opening " + simulator.devicePath() + ": "), std::string::npos) << screen;
+  EXPECT_NE(screen.find("opening " + simulator->DevicePath() + ": "), std::string::npos) << screen;
   EXPECT_NE(screen.find(" kB over the link, "), std::string::npos) << screen;
   EXPECT_NE(screen.find(" s, open"), std::string::npos) << screen;
   EXPECT_NE(screen.find("EXIT=0"), std::string::npos) << screen;
 
-  hosttest::SimulatorProcess again;
-  const auto piped = hosttest::Vqcam({"--port", again.devicePath(), "--camera", "A2040M", "info"});
+  const auto again = hosttest::StartSimulator();
+  const auto piped = hosttest::Vqcam({"--port", again->DevicePath(), "--camera", "A2040M", "info"});
   EXPECT_EQ(piped.exitCode, 0) << piped.err;
   EXPECT_EQ(piped.err.find("over the link"), std::string::npos) << piped.err;
 }

@@ -164,11 +164,11 @@ RunResult Vqcam(const std::vector<std::string>& args, const std::string& input,
   return Run(argv, input, env);
 }
 
-SimulatorProcess::SimulatorProcess(const std::string& profile) {
-  EXPECT_TRUE(child_.start({VQ_SIM_PROGRAM, "--pty", "--profile", ExampleProfile(profile)}));
-  // The first line of its output is the device path.
-  EXPECT_TRUE(child_.waitForOutput("\n", 10000)) << "vqcam-sim printed no device path";
-  path_ = child_.output().substr(0, child_.output().find('\n'));
+std::unique_ptr<vq::test::SimProcess> StartSimulator(const std::string& profile) {
+  auto simulator = std::make_unique<vq::test::SimProcess>();
+  std::string error;
+  EXPECT_TRUE(simulator->Start(VQ_SIM_PROGRAM, ExampleProfile(profile), &error)) << error;
+  return simulator;
 }
 
 std::vector<nlohmann::json> JsonLines(const std::string& out) {

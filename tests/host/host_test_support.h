@@ -6,9 +6,11 @@
 #include <sys/types.h>
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "SimProcess.h"
 #include "nlohmann/json.hpp"
 
 namespace hosttest {
@@ -56,17 +58,9 @@ RunResult Run(const std::vector<std::string>& argv, const std::string& input = "
 RunResult Vqcam(const std::vector<std::string>& args, const std::string& input = "",
                 std::map<std::string, std::string> env = {});
 
-// vqcam-sim serving a profile on a new pseudo-terminal.
-class SimulatorProcess {
- public:
-  explicit SimulatorProcess(const std::string& profile = "korva-area");
-  const std::string& devicePath() const { return path_; }
-  Child& child() { return child_; }
-
- private:
-  Child child_;
-  std::string path_;
-};
+// vqcam-sim serving an example profile on a new pseudo-terminal (a failure when it cannot
+// start).
+std::unique_ptr<vq::test::SimProcess> StartSimulator(const std::string& profile = "korva-area");
 
 // Each line of standard output parsed as JSON; a line that does not parse fails the test.
 std::vector<nlohmann::json> JsonLines(const std::string& out);
