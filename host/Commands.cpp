@@ -40,6 +40,19 @@ std::string ValueShown(const Feature& feature, const std::string& text) {
   return UserValue(feature, text);
 }
 
+// The camera's identity from its standard features, where the camera has them: the value
+// of the first candidate name that resolves, empty otherwise.
+std::string Identity(Session& session, std::initializer_list<const char*> candidates) {
+  for (const char* name : candidates) {
+    try {
+      const Feature& feature = session.names().resolve(name);
+      return feature.kind == VALUE_KIND_TEXT ? session.readValue(feature) : std::string();
+    } catch (const Failure&) {
+    }
+  }
+  return std::string();
+}
+
 void Info(Session& session, const Args&) {
   auto& ext = session.extension();
   char model[512] = {};
@@ -54,11 +67,18 @@ void Info(Session& session, const Args&) {
   const std::uint32_t baud = BaudRateOfBit(session.currentBaudBit());
   const std::uint32_t maxBaud = BaudRateOfBit(session.maxBaudBit());
   const auto& backend = session.host().backend();
+  const std::string vendor = Identity(session, {"DeviceVendorName", "Vendor Name"});
+  const std::string version = Identity(session, {"DeviceVersion", "Device Version"});
+  const std::string serial = Identity(session, {"DeviceSerialNumber", "Serial Number"});
   const json result = {
       {"command", "info"},
       {"extension", name},
       {"connection", backend.describe()},
+      {"cameraText", session.host().cameraText()},
+      {"vendor", vendor},
       {"model", model},
+      {"version", version},
+      {"serialNumber", serial},
       {"helpFile", help},
       {"baudRate", baud},
       {"maxBaudRate", maxBaud},
@@ -71,7 +91,11 @@ void Info(Session& session, const Args&) {
   const std::vector<Row> rows = {
       {"Extension", name},
       {"Connection", backend.describe()},
+      {"Camera text", session.host().cameraText()},
+      {"Vendor", vendor},
       {"Model", model},
+      {"Version", version},
+      {"Serial number", serial},
       {"Help file", help},
       {"Baud rate", std::to_string(baud) + " (fastest common: " + std::to_string(maxBaud) + ")"},
       {"Visibility", result["visibility"].get<std::string>()},

@@ -32,6 +32,8 @@ class ModuleHost {
 
   VQ_Ext& extension() { return *extension_; }
   SerialBackend& backend() { return backend_; }
+  // The camera text the host reports for the port.
+  const std::string& cameraText() const { return cameraText_; }
   HostEvents& events() { return events_; }
 
   // Opens the camera (command 25); the module's open status (OpenStatus).

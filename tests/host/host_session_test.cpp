@@ -66,6 +66,8 @@ TEST_P(EachBackend, EveryCommandInOneSession) {
 
   const json& info = results.at("info");
   EXPECT_EQ(info["model"], "A2040M");
+  EXPECT_EQ(info["vendor"], "KORVA");
+  EXPECT_EQ(info["cameraText"], "A2040M");
   EXPECT_EQ(info["helpFile"], "A2040M.chm");
   EXPECT_EQ(info["baudRate"], 9600);
   EXPECT_EQ(info["visibility"], "Guru");
@@ -138,7 +140,8 @@ TEST(Script, CommandsFromStandardInputShareOneCamera) {
 TEST(TextOutput, InfoAndListAreAligned) {
   const auto run = Vqcam({"--simulate", "info", ",", "list", "pixel"});
   ASSERT_EQ(run.exitCode, 0) << run.err;
-  EXPECT_NE(run.out.find("Model        A2040M\n"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("Model          A2040M\n"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("Serial number  KA2040M-00117\n"), std::string::npos) << run.out;
   EXPECT_NE(run.out.find("Pixel Format  Mono8"), std::string::npos) << run.out;
 }
 
