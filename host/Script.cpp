@@ -46,6 +46,11 @@ int RunOne(Session& session, const Words& command) {
   } catch (const Failure& failure) {
     ReportFailure(session.output(), command.front(), failure);
     return failure.exitCode();
+  } catch (const std::exception& error) {
+    // The module lets some GenICam exceptions through its interface.
+    ReportFailure(session.output(), command.front(),
+                  Refused(std::string("the camera module failed: ") + error.what()));
+    return kExitRefused;
   }
 }
 

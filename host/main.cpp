@@ -100,5 +100,9 @@ int main(int argc, char** argv) {
     ReportFailure(output, commands.front().front(),
                   Failure(kExitUsage, std::string("unexpected failure: ") + error.what()));
     return kExitUsage;
+  } catch (...) {
+    ReportFailure(output, commands.front().front(),
+                  Failure(kExitUsage, "unexpected failure in the camera module"));
+    return kExitUsage;
   }
 }
