@@ -21,8 +21,6 @@ class Output {
   bool json() const { return json_; }
   // Prints `result` as JSON, or `text` (already rendered) in text mode.
   void emit(const nlohmann::json& result, const std::string& text);
-  // A line of text in text mode only (hints, notices); JSON mode prints `result` instead.
-  void note(const nlohmann::json& result, const std::string& text) { emit(result, text); }
 
  private:
   bool json_;
