@@ -98,7 +98,9 @@ TEST(Terminal, SelectShowsTheModulesSelectorOnTheTerminal) {
     }
     const std::string after = pane.waitFor("EXIT=");
     EXPECT_NE(after.find(c.outcome), std::string::npos) << after;
-    if (c.load) EXPECT_NE(after.find(" over the link, "), std::string::npos) << after;
+    if (c.load) {
+      EXPECT_NE(after.find(" over the link, "), std::string::npos) << after;
+    }
   }
 }
 
