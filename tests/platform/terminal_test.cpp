@@ -1,10 +1,12 @@
 // Terminal detection: standard input swapped for a pseudo-terminal slave, then
-// for a pipe.
+// for a pipe; terminal devices opened by path.
 #include "vq/platform/terminal.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
+
+#include <string>
 
 #include "vq/platform/pseudo_terminal.h"
 
@@ -47,6 +49,32 @@ TEST(TerminalTest, StdinOnAPipeIsNotATerminal) {
   // Whatever ctest gives us, asking must not fail.
   (void)vq::platform::IsStdoutTerminal();
   (void)vq::platform::IsStderrTerminal();
+}
+
+TEST(TerminalDeviceTest, OpensOnlyTerminals) {
+  vq::platform::PseudoTerminal pty;
+  ASSERT_TRUE(pty.Open());
+  struct Case {
+    std::string path;
+    bool opens;
+    const char* errorPart;
+  };
+  const Case cases[] = {
+      {pty.SlavePath(), true, ""},
+      {"/dev/null", false, "is not a terminal"},
+      {"/nonexistent/tty", false, "cannot open terminal"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.path);
+    vq::platform::TerminalDevice terminal;
+    std::string error;
+    EXPECT_EQ(terminal.Open(c.path, &error), c.opens);
+    EXPECT_NE(error.find(c.errorPart), std::string::npos) << error;
+    // Not this process's controlling terminal, and of unknown size.
+    EXPECT_FALSE(terminal.IsBackground());
+    EXPECT_FALSE(terminal.GetSize(nullptr, nullptr));
+    EXPECT_EQ(terminal.EnterRawMode(), c.opens);
+  }
 }
 
 }  // namespace

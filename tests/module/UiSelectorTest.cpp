@@ -1,0 +1,378 @@
+// The "Camera XML Selector" driven by keys through a real pseudo-terminal: the
+// dialog runs on its own thread with VQ_DIALOG=tty:<slave>, the test reads the
+// screen and types on the master side.
+#include <gtest/gtest.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+
+#include <future>
+#include <sstream>
+#include <vector>
+
+#include "extension/ModuleState.h"
+#include "support/PtyScreen.h"
+#include "ui/UiTerminal.h"
+#include "ui/VQDeviceIDSelector.h"
+
+namespace vq {
+namespace {
+
+const std::string kDriver = "/opt/drivers#libCLProtocolGenCP.so#";
+const char* const kClear = "\x1b[H\x1b[2J";
+const char* const kLeaveScreen = "\x1b[?25h\x1b[?1049l";
+const char* const kDown = "\x1b[B";
+const char* const kUp = "\x1b[A";
+
+struct SelectorRun {
+  std::int32_t result = -100;
+  std::int32_t index = -100;
+  std::string selectedTemplate;
+  std::string shortId;
+  std::string family;
+  std::uint32_t showWhenNoXml = 100;
+  std::vector<std::string> firstFrame;  // its lines
+  std::string output;                   // everything the dialog wrote
+  bool modeRestored = false;            // the terminal's settings are back
+};
+
+// Puts the terminal in cooked mode, the way a shell leaves it; false on error.
+bool MakeCooked(int fd, termios* settings) {
+  if (tcgetattr(fd, settings) != 0) return false;
+  settings->c_lflag |= ICANON | ECHO | ISIG;
+  settings->c_oflag |= OPOST;
+  return tcsetattr(fd, TCSANOW, settings) == 0;
+}
+
+bool SameMode(int fd, const termios& expected) {
+  termios now{};
+  return tcgetattr(fd, &now) == 0 && now.c_lflag == expected.c_lflag &&
+         now.c_oflag == expected.c_oflag && now.c_iflag == expected.c_iflag &&
+         now.c_cflag == expected.c_cflag;
+}
+
+GenICam::gcstring_vector ToVector(const std::vector<std::string>& texts) {
+  GenICam::gcstring_vector vector;
+  for (const std::string& text : texts) vector.push_back(GenICam::gcstring(text.c_str()));
+  return vector;
+}
+
+std::vector<std::string> LastFrameLines(const std::string& output) {
+  const std::string screen = output.substr(0, output.rfind(kLeaveScreen));
+  const std::size_t start = screen.rfind(kClear);
+  std::vector<std::string> lines;
+  if (start == std::string::npos) return lines;
+  std::istringstream frame(screen.substr(start + std::string(kClear).size()));
+  for (std::string line; std::getline(frame, line);) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+// The tree rows of a frame: from below the caption's blank line to the next
+// blank line.
+std::vector<std::string> TreeLines(const std::vector<std::string>& frame) {
+  std::vector<std::string> tree;
+  for (std::size_t i = 2; i < frame.size() && !frame[i].empty(); ++i) tree.push_back(frame[i]);
+  return tree;
+}
+
+// Shows the selector on a fresh pseudo-terminal, waits for its first screen,
+// types `keys` (or hangs up the terminal) and collects the outcome.
+// A terminal of `rows` rows (0: of unknown size).
+SelectorRun RunSelector(const std::vector<std::string>& templates, std::uint32_t show,
+                        const std::string& keys, bool hangUp = false, std::uint16_t rows = 0) {
+  SelectorRun run;
+  platform::PseudoTerminal pty;
+  if (!pty.Open()) {
+    ADD_FAILURE() << "no pseudo-terminal";
+    return run;
+  }
+  test::ScopedEnv dialogSetting("VQ_DIALOG", "tty:" + pty.SlavePath());
+  const int slave = open(pty.SlavePath().c_str(), O_RDWR | O_NOCTTY);
+  termios cooked{};
+  EXPECT_TRUE(MakeCooked(slave, &cooked));
+  const winsize size{rows, static_cast<std::uint16_t>(rows == 0 ? 0 : 100), 0, 0};
+  EXPECT_EQ(ioctl(slave, TIOCSWINSZ, &size), 0);
+  auto dialog = std::async(std::launch::async, [&] {
+    ModuleStateGuard moduleState;
+    VQDeviceIDSelector selector(nullptr, ToVector(templates));
+    selector.showWhenNoXml = show;
+    run.result = selector.DoModal();
+    run.index = selector.GetSelectedIndex();
+    run.selectedTemplate = selector.GetSelectedTemplate().c_str();
+    run.shortId = selector.GetSelectedShortDeviceID().c_str();
+    run.family = selector.GetSelectedCameraFamily().c_str();
+    run.showWhenNoXml = selector.showWhenNoXml;
+  });
+  // The first screen is complete with the line end after its key help.
+  run.output = test::ReadUntil(pty, "Keys:");
+  while (run.output.find("\r\n", run.output.rfind("Keys:")) == std::string::npos) {
+    const std::string more = test::ReadUntil(pty, "\n");
+    if (more.empty()) break;
+    run.output += more;
+  }
+  run.firstFrame = LastFrameLines(run.output);
+  if (hangUp) {
+    pty.Close();
+  } else {
+    EXPECT_TRUE(pty.Write(keys.data(), keys.size()));
+  }
+  if (dialog.wait_for(std::chrono::seconds(30)) != std::future_status::ready) {
+    ADD_FAILURE() << "the dialog did not end";
+    pty.Close();  // a hung-up terminal closes it
+  }
+  dialog.get();
+  if (!hangUp) run.output += test::ReadUntil(pty, kLeaveScreen);
+  run.modeRestored = SameMode(slave, cooked);
+  close(slave);
+  return run;
+}
+
+const std::vector<std::string> kFourTemplates = {
+    kDriver + "KORVA#AreaScan#A2000", kDriver + "KORVA#AreaScan#A4000",
+    kDriver + "KORVA#LineScan#L8", kDriver + "Other#Fam#M1"};
+const std::vector<std::string> kFourTemplatesTree = {"    Please select a camera XML file",
+                                                     "      KORVA",
+                                                     "        AreaScan",
+                                                     "          (1) A2000",
+                                                     "          (2) A4000",
+                                                     "        LineScan",
+                                                     "          (3) L8",
+                                                     "      Other",
+                                                     "        Fam",
+                                                     "          (4) M1"};
+
+struct SelectorCase {
+  const char* name;
+  std::vector<std::string> templates;
+  std::vector<std::string> tree;  // as the first screen shows it
+  std::uint32_t show;
+  std::string keys;
+  std::int32_t result;
+  std::int32_t index;
+  const char* shortId;
+  const char* family;
+  std::uint32_t showAfter;
+};
+
+TEST(SelectorOnTerminal, TreeShapeKeysAndResults) {
+  const std::string down3 = std::string(kDown) + kDown + kDown;
+  const SelectorCase cases[] = {
+      {"shared manufacturer and family; leaf 2 and Load", kFourTemplates, kFourTemplatesTree, 1,
+       "2l", 1, 1, "KORVA#AreaScan#A4000", "AreaScan", 1},
+      {"Enter presses Load", kFourTemplates, kFourTemplatesTree, 1, "4\r", 1, 3, "Other#Fam#M1",
+       "Fam", 1},
+      {"Up from no selection takes the last item", kFourTemplates, kFourTemplatesTree, 1,
+       std::string(kUp) + "l", 1, 3, "Other#Fam#M1", "Fam", 1},
+      {"Load without a selection", kFourTemplates, kFourTemplatesTree, 1, "l", 1, -1, "", "", 1},
+      {"a family selected, then Load", kFourTemplates, kFourTemplatesTree, 1, down3 + "l", 1, -1,
+       "", "", 1},
+      {"Close after a selection", kFourTemplates, kFourTemplatesTree, 1, "2c", 2, -1, "", "", 1},
+      {"Esc closes", kFourTemplates, kFourTemplatesTree, 0, "\x1b", 2, -1, "", "", 0},
+      {"end of input closes", kFourTemplates, kFourTemplatesTree, 1, "\x04", 2, -1, "", "", 1},
+      {"check box toggled, then Close", kFourTemplates, kFourTemplatesTree, 0, " c", 2, -1, "", "",
+       1},
+      {"check box toggled twice, then Load", kFourTemplates, kFourTemplatesTree, 1, "  l", 1, -1,
+       "", "", 1},
+      {"check box cleared, then Load", kFourTemplates, kFourTemplatesTree, 1, "1 l", 1, 0,
+       "KORVA#AreaScan#A2000", "AreaScan", 0},
+      {"duplicate leaves give one leaf that picks the first",
+       {kDriver + "KORVA#AreaScan#A2000#1", "/other#libOther.so#KORVA#AreaScan#A2000#2"},
+       {"    Please select a camera XML file", "      KORVA", "        AreaScan",
+        "          (1) A2000"},
+       1,
+       "1l",
+       1,
+       0,
+       "KORVA#AreaScan#A2000#1",
+       "AreaScan",
+       1},
+      {"a template without a model shows its family twice",
+       {kDriver + "KORVA#Family"},
+       {"    Please select a camera XML file", "      KORVA", "        Family",
+        "          (1) Family"},
+       1,
+       "1l",
+       1,
+       0,
+       "KORVA#Family",
+       "Family",
+       1},
+      {"its family item matches the leaf label too",
+       {kDriver + "KORVA#Family"},
+       {"    Please select a camera XML file", "      KORVA", "        Family",
+        "          (1) Family"},
+       1,
+       std::string(kDown) + kDown + kDown + "l",
+       1,
+       0,
+       "KORVA#Family",
+       "Family",
+       1},
+      {"names cut to 19; equal first 19 share one manufacturer",
+       {kDriver + "KorvaVisionSystemsGmbH_AB#AreaScanFamilyNumberOne#M1",
+        kDriver + "KorvaVisionSystemsGXYZ#F2#ModelWithAVeryLongName25"},
+       {"    Please select a camera XML file", "      KorvaVisionSystemsG",
+        "        AreaScanFamilyNumbe", "          (1) M1", "        F2",
+        "          (2) ModelWithAVeryLongN"},
+       1,
+       "2l",
+       1,
+       1,
+       "KorvaVisionSystemsGXYZ#F2#ModelWithAVeryLongName25",
+       "F2",
+       1},
+      {"no templates: the top item only",
+       {},
+       {"    Please select a camera XML file"},
+       1,
+       "l",
+       1,
+       -1,
+       "",
+       "",
+       1},
+  };
+  for (const SelectorCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    const SelectorRun run = RunSelector(c.templates, c.show, c.keys);
+    EXPECT_EQ(TreeLines(run.firstFrame), c.tree);
+    EXPECT_EQ(run.result, c.result);
+    EXPECT_EQ(run.index, c.index);
+    EXPECT_EQ(run.selectedTemplate,
+              c.index < 0 ? "" : c.templates[static_cast<std::size_t>(c.index)]);
+    EXPECT_EQ(run.shortId, c.shortId);
+    EXPECT_EQ(run.family, c.family);
+    EXPECT_EQ(run.showWhenNoXml, c.showAfter);
+    EXPECT_TRUE(run.modeRestored);
+  }
+}
+
+TEST(SelectorOnTerminal, ScreenLayoutAndTerminalRestored) {
+  const SelectorRun run = RunSelector({kDriver + "KORVA#AreaScan#A2000"}, 0, " l");
+  const std::vector<std::string> expected = {
+      "Camera XML Selector",
+      "",
+      "    Please select a camera XML file",
+      "      KORVA",
+      "        AreaScan",
+      "          (1) A2000",
+      "",
+      "  [ ] Show this dialog when no xml file is found for the detected camera.",
+      "",
+      "  [ Load ]  [ Close ]",
+      "",
+      "Keys: number or Up/Down select, Space check box, Enter/l Load, c/q/Esc Close"};
+  EXPECT_EQ(run.firstFrame, expected);
+  EXPECT_EQ(run.output.rfind("\x1b[?1049h", 0), 0u) << "alternate screen first";
+  EXPECT_NE(run.output.find("  [x] Show this dialog"), std::string::npos) << "toggled state shown";
+  EXPECT_EQ(run.output.size() - run.output.rfind(kLeaveScreen), std::string(kLeaveScreen).size());
+  EXPECT_TRUE(run.modeRestored);
+}
+
+// On a 12-row terminal 4 tree rows fit (8 lines are not the tree); typing 1
+// then 2 selects leaf 12 and scrolls it into view.
+TEST(SelectorOnTerminal, LongListsScrollAndTakeTwoDigitNumbers) {
+  std::vector<std::string> templates;
+  for (int model = 1; model <= 12; ++model) {
+    templates.push_back(kDriver + "KORVA#Fam#M" + std::to_string(model));
+  }
+  const SelectorRun run = RunSelector(templates, 1, "12l", false, 12);
+  EXPECT_EQ(TreeLines(run.firstFrame), (std::vector<std::string>{
+                                           "    Please select a camera XML file",
+                                           "      KORVA",
+                                           "        Fam",
+                                           "          (1) M1",
+                                       }));
+  EXPECT_EQ(TreeLines(LastFrameLines(run.output)), (std::vector<std::string>{
+                                                       "          (9) M9",
+                                                       "          (10) M10",
+                                                       "          (11) M11",
+                                                       ">         (12) M12",
+                                                   }));
+  EXPECT_EQ(run.result, 1);
+  EXPECT_EQ(run.index, 11);
+}
+
+TEST(SelectorOnTerminal, HungUpTerminalClosesTheDialog) {
+  const SelectorRun run = RunSelector(kFourTemplates, 1, "", true);
+  EXPECT_EQ(run.result, 2);
+  EXPECT_EQ(run.index, -1);
+}
+
+TEST(SelectorWithoutTerminal, ResourcesAndNonePresenter) {
+  test::ScopedEnv dialogSetting("VQ_DIALOG", std::string("none"));
+  VQDeviceIDSelector withoutModuleState(nullptr, ToVector(kFourTemplates));
+  EXPECT_EQ(withoutModuleState.DoModal(), -1) << "dialog 2000 is found only in this module's state";
+
+  ModuleStateGuard moduleState;
+  VQDeviceIDSelector selector(nullptr, ToVector(kFourTemplates));
+  selector.showWhenNoXml = 0;
+  EXPECT_EQ(selector.DoModal(), 2);
+  EXPECT_EQ(selector.showWhenNoXml, 0u);
+  EXPECT_EQ(selector.GetSelectedTemplate(), GenICam::gcstring());
+  // The tree was given its font.
+  const ui::Font* font = selector.Tree().GetFont();
+  ASSERT_NE(font, nullptr);
+  EXPECT_EQ(font->faceName, "fixedsys");
+  EXPECT_EQ(font->height, 15);
+  EXPECT_EQ(font->width, 9);
+  EXPECT_EQ(font->weight, 400);
+}
+
+// The automatic choice, in child processes whose terminal situation differs:
+// a waiting "l" is read (Load, 1) only by the terminal presenter.
+TEST(SelectorWithoutTerminal, AutomaticChoiceNeedsControllingTerminalAndTerminalInput) {
+  struct Case {
+    const char* name;
+    bool controlling;
+    bool terminalInput;
+    int result;
+  };
+  const Case cases[] = {
+      {"controlling terminal and terminal input", true, true, 1},
+      {"no controlling terminal", false, true, 2},
+      {"input not a terminal", true, false, 2},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    platform::PseudoTerminal pty;
+    ASSERT_TRUE(pty.Open());
+    ASSERT_TRUE(pty.Write("l", 1));
+    const int exitCode = test::RunInChildSession(
+        c.controlling ? pty.SlavePath() : "", c.terminalInput ? pty.SlavePath() : "/dev/null",
+        pty.SlavePath(), [] {
+          platform::UnsetEnv("VQ_DIALOG");
+          ModuleStateGuard moduleState;
+          VQDeviceIDSelector selector(nullptr, ToVector(kFourTemplates));
+          return selector.DoModal() == 1 ? 1 : 2;
+        });
+    EXPECT_EQ(exitCode, c.result);
+  }
+}
+
+TEST(SelectorWithoutTerminal, DialogSettingForms) {
+  struct Case {
+    const char* value;
+    ui::PresenterKind kind;
+    const char* path;
+  };
+  const Case cases[] = {
+      {"tty", ui::PresenterKind::Terminal, ""},
+      {"tty:/dev/pts/7", ui::PresenterKind::Terminal, "/dev/pts/7"},
+      {"none", ui::PresenterKind::None, ""},
+      {"", ui::PresenterKind::Automatic, ""},
+      {"tty:", ui::PresenterKind::Automatic, ""},
+      {"gtk", ui::PresenterKind::Automatic, ""},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.value);
+    const ui::DialogSetting setting = ui::ParseDialogSetting(c.value);
+    EXPECT_EQ(setting.kind, c.kind);
+    EXPECT_EQ(setting.terminalPath, c.path);
+  }
+}
+
+}  // namespace
+}  // namespace vq
