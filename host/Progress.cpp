@@ -33,12 +33,24 @@ void Progress::update(std::uint64_t bytes) {
   draw(bytes, "");
 }
 
+void Progress::clearLine() {
+  if (!drawn_) return;
+  std::fputs("\r\033[K", stderr);
+  drawn_ = false;
+  lastDraw_ = std::chrono::steady_clock::time_point();
+}
+
+void Progress::restartClock() {
+  start_ = std::chrono::steady_clock::now();
+}
+
 void Progress::end(std::uint64_t bytes, const std::string& outcome) {
   if (!active_) return;
   draw(bytes, outcome.empty() ? "" : ", " + outcome);
   std::fputs("\n", stderr);
   std::fflush(stderr);
   active_ = false;
+  drawn_ = false;
 }
 
 void Progress::draw(std::uint64_t bytes, const std::string& tail) {
@@ -48,6 +60,7 @@ void Progress::draw(std::uint64_t bytes, const std::string& tail) {
   std::fprintf(stderr, "\r\033[K%s: %s over the link, %.1f s%s", label_.c_str(),
                FormatBytes(bytes).c_str(), seconds, tail.c_str());
   std::fflush(stderr);
+  drawn_ = true;
 }
 
 }  // namespace vq::host

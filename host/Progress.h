@@ -14,6 +14,10 @@ class Progress {
   explicit Progress(bool enabled) : enabled_(enabled) {}
   void begin(const std::string& label);
   void update(std::uint64_t bytes);
+  // Clears the line for other text; the next update draws it again.
+  void clearLine();
+  // Counts time from now (after the selector dialog, whose waiting is the person's).
+  void restartClock();
   // Leaves the final line standing with `outcome` after it.
   void end(std::uint64_t bytes, const std::string& outcome);
   bool enabled() const { return enabled_; }
@@ -23,6 +27,7 @@ class Progress {
 
   bool enabled_;
   bool active_ = false;
+  bool drawn_ = false;
   std::string label_;
   std::chrono::steady_clock::time_point start_;
   std::chrono::steady_clock::time_point lastDraw_;

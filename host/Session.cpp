@@ -83,13 +83,15 @@ Session::~Session() {
 
 void Session::connect() {
   auto& events = host_->events();
-  events.message = [](std::uint32_t level, const std::string& text) {
+  events.message = [this](std::uint32_t level, const std::string& text) {
+    progress_.clearLine();
     std::fprintf(stderr, "vqcam [%s] %s\n", LevelName(level), text.c_str());
     std::fflush(stderr);
   };
   events.featureChanged = [this](std::uint32_t index) { notices_.push_back(index); };
   events.traffic = [this] { progress_.update(host_->bytesMoved()); };
   events.selectorState = [this](std::uint32_t state) {
+    progress_.restartClock();
     if (options_.verbose) std::fprintf(stderr, "vqcam: selector check box %s\n", state ? "on" : "off");
   };
 

@@ -99,6 +99,11 @@ TEST(Terminal, SelectShowsTheModulesSelectorOnTheTerminal) {
     const std::string after = pane.waitFor("EXIT=");
     EXPECT_NE(after.find(c.outcome), std::string::npos) << after;
     if (c.load) {
+      // The module's message and the progress line each keep a line of their own.
+      EXPECT_NE(after.find("vqcam [info] XML Camera file for device: KORVA#AreaScan#A2040M is "
+                           "loaded\nopening simulated camera"),
+                std::string::npos)
+          << after;
       EXPECT_NE(after.find(" over the link, "), std::string::npos) << after;
     }
   }
