@@ -4,10 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -19,6 +16,7 @@
 #ifdef VQ_BENCH_HAVE_GENAPI
 #include <GenApi/GenApi.h>
 
+#include "LargestDescription.h"
 #include "ZeroPort.h"
 
 namespace {
@@ -42,30 +40,7 @@ int64_t PeakRssKiB() {
 #endif
 }
 
-std::string LargestDescriptionPath() {
-  std::error_code error;
-  std::filesystem::path best;
-  std::uintmax_t bestSize = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(VQ_GENICAM_XML_DIR, error)) {
-    if (entry.path().extension() != ".xml") continue;
-    const auto size = entry.file_size(error);
-    if (!error && size > bestSize) {
-      bestSize = size;
-      best = entry.path();
-    }
-  }
-  return best.string();
-}
-
-const std::string& LargestDescription() {
-  static const std::string text = [] {
-    std::ifstream in(LargestDescriptionPath());
-    std::stringstream buffer;
-    buffer << in.rdbuf();
-    return buffer.str();
-  }();
-  return text;
-}
+using vq_bench::LargestDescription;
 
 // A register image of zeros that counts what the node map asks for.
 using CountingPort = vq_support::ZeroPort;

@@ -88,10 +88,7 @@ void GenericCamera::RebuildCategoryTable() {
   for (std::uint32_t index = 0; index < count; ++index) {
     path.clear();
     if (!featureTree_->GetFeatureCategory(index, path)) continue;
-    // A feature listed directly under the root has no top-level category;
-    // it adds none to the table.
-    if (path.size() < 2) continue;
-    FindOrAddCategory(path[1].c_str());
+    FindOrAddCategory(TopLevelCategoryName(path));
   }
 }
 

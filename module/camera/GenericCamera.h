@@ -124,6 +124,19 @@ class GenericCamera {
   void BuildFeatureTree();
   void RebuildCategoryTable();
   std::int32_t CallHost(std::uint32_t code, std::uint32_t detail, void* data);
+  // The category a feature is filed under: the top-level category of its
+  // path, or the root's own name for a feature directly under the root.
+  static const char* TopLevelCategoryName(const std::vector<GenICam::gcstring>& path);
+  // Formats a message with the index as a signed number and reports it at level 0.
+  void ReportIndexFailure(const char* format, std::uint32_t index);
+  // The baud-rate enumeration bound, with its entry count; 0 when the camera
+  // has none or it has no entries.
+  std::int32_t FindBaudRateFeature(GenericFeature& feature, EnumerationFeature& enumeration,
+                                   std::uint32_t& count) const;
+  // The feature at the register address the protocol driver gives the name.
+  std::int32_t FindFeatureOfParameter(const char* parameterName,
+                                      const CLProtocol::CDeviceID& deviceID,
+                                      GenericFeature& feature) const;
   // Formats a message with one text value into 512 bytes and reports it.
   void ReportFormatted(std::uint32_t level, const char* format, const char* value);
 

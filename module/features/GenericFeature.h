@@ -4,12 +4,17 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "camera/GenICamCalls.h"
 
 namespace vq {
+
+class EnumerationFeature;
+class FloatFeature;
+class IntegerFeature;
 
 class GenericFeature {
  public:
@@ -43,7 +48,38 @@ class GenericFeature {
   // so the next read of features built on them asks the camera.
   void InvalidateRegisters(GenApi::INode* node) const;
 
+  // Binds the accessor to this feature when it is an enumeration (result 1);
+  // otherwise result 0 and the accessor is left as it was.
+  std::int32_t AsEnumeration(EnumerationFeature& enumeration) const;
+
+  // Limits as 4-byte floats. Integer and float features write 4 bytes (size
+  // not consulted) and record the outcome in lastError; GetMax of a string
+  // feature needs size 4 and gives its maximum length; every other feature
+  // fills the whole buffer (0 bytes, or 0xFF bytes for GetMax) with result 1.
+  std::int32_t GetMin(void* buffer, std::uint32_t size);
+  std::int32_t GetMax(void* buffer, std::uint32_t size);
+  std::int32_t GetInc(void* buffer, std::uint32_t size);
+
+  // Typed write with verification, from the form GetValue produces (integer
+  // and float: 8-byte double; boolean and enumeration: 4-byte value and size
+  // 4; string: size characters, buffer holding size + 1 bytes; command: not
+  // read, executed and awaited). Result 1 when accepted, else 0 with the
+  // reason in lastError.
+  std::int32_t SetValue(void* buffer, std::uint32_t size);
+
+  // lastError as the host is shown it: a protocol error's text after its
+  // "(Code: n)", or the whole text when it carries no code.
+  std::string FormatErrorMessage() const;
+  // The number after "Code:" in lastError, 0 when there is none.
+  std::int32_t GetErrorCode() const;
+
  private:
+  using IntegerLimit = std::int32_t (IntegerFeature::*)(float&);
+  using FloatLimit = std::int32_t (FloatFeature::*)(double&);
+  // The limit of an integer or float feature stored as a float; nothing when
+  // the feature is neither (or a float and floatLimit is null).
+  std::optional<std::int32_t> NumericLimit(void* buffer, IntegerLimit integerLimit,
+                                           FloatLimit floatLimit);
   void InvalidateRegistersBelow(GenApi::INode* node, std::vector<GenApi::INode*>& path) const;
 
   std::string lastError_;

@@ -20,11 +20,11 @@ namespace {
 
 const char kAreaModel[] = "A2040M";
 const char kLineModel[] = "L4096";
-const std::uint32_t kAreaFeatureCount = 76;
+const std::uint32_t kAreaFeatureCount = 77;
 const std::vector<std::string> kAreaCategories = {
     "Quick Setup",   "Device Control",          "Image Format Control", "Acquisition Control",
-    "Analog Control", "Digital IO Control",     "Transport Layer Control",
-    "User Set Control", "KORVA Service Control"};
+    "Analog Control", "Digital I/O Control",     "Transport Layer Control",
+    "User Set Control", "KORVA Service"};
 
 std::string ExampleDir(const char* name) { return std::string(VQ_SOURCE_DIR) + "/examples/" + name; }
 

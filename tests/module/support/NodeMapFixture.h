@@ -5,7 +5,11 @@
 #include <memory>
 #include <string>
 
+#include <gtest/gtest.h>
+
 #include "camera/GenICamRuntime.h"
+#include "features/GenericFeature.h"
+#include "support/DescriptionText.h"
 #include "support/MemoryPort.h"
 
 namespace vq::test {
@@ -20,22 +24,12 @@ struct LoadedNodeMap {
     connected = ConnectNodeMap(*reference, port.get());
   }
   GenApi::INode* Node(const char* name) const { return reference->_GetNode(name); }
+  // A handle on the named node; the test fails when there is none.
+  GenericFeature Feature(const char* name) const {
+    GenApi::INode* node = Node(name);
+    EXPECT_NE(node, nullptr) << name;
+    return GenericFeature(node);
+  }
 };
-
-// Wraps node elements into a schema 1.1 description.
-inline std::string Description(const std::string& nodes) {
-  return R"(<?xml version="1.0" encoding="utf-8"?>
-<RegisterDescription ModelName="ModuleTest" VendorName="VQ" ToolTip="module test"
-  StandardNameSpace="None" SchemaMajorVersion="1" SchemaMinorVersion="1"
-  SchemaSubMinorVersion="0" MajorVersion="1" MinorVersion="0" SubMinorVersion="0"
-  ProductGuid="11111111-2222-3333-4444-555555555555"
-  VersionGuid="11111111-2222-3333-4444-666666666666"
-  xmlns="http://www.genicam.org/GenApi/Version_1_1">
-)" + nodes +
-         R"(
-  <Port Name="Device"/>
-</RegisterDescription>
-)";
-}
 
 }  // namespace vq::test

@@ -1,0 +1,412 @@
+// Parameters as a host sees them: the module loaded with dlopen, a camera
+// opened through command 25 and served by the simulator from a description
+// made for the odd corners of value texts, size rules and writes.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "support/DescriptionText.h"
+#include "support/HostCamera.h"
+
+namespace vq::test {
+namespace {
+
+const std::string kLongLabel(600, 'x');
+
+std::string EdgeDescription() {
+  return Description(R"(
+  <Category Name="Root"><pFeature>Acquisition</pFeature><pFeature>Loose</pFeature></Category>
+  <Category Name="Acquisition">
+    <pFeature>Big</pFeature><pFeature>TwoTo32</pFeature><pFeature>Minus</pFeature>
+    <pFeature>Count</pFeature><pFeature>Fraction</pFeature><pFeature>Two</pFeature>
+    <pFeature>Odd</pFeature><pFeature>NoneLeft</pFeature><pFeature>Flag</pFeature>
+    <pFeature>Label</pFeature><pFeature>Press</pFeature><pFeature>Missing</pFeature>
+    <pFeature>Blob</pFeature><pFeature>Fixed</pFeature><pFeature>Hidden</pFeature>
+  </Category>
+  <Integer Name="Off"><Value>0</Value></Integer>
+  <Integer Name="Loose"><Value>1</Value></Integer>
+  <Integer Name="Big"><Value>3000000000</Value></Integer>
+  <Integer Name="TwoTo32"><Value>4294967296</Value></Integer>
+  <Integer Name="Minus"><Value>-5</Value></Integer>
+  <Integer Name="Count"><Description>How many</Description><pValue>CountReg</pValue><Min>0</Min><Max>10</Max><Inc>1</Inc></Integer>
+  <Float Name="Fraction"><Value>1.23456</Value></Float>
+  <Float Name="Two"><Value>2</Value><Min>-1.5</Min><Max>8</Max></Float>
+  <Enumeration Name="Odd">
+    <EnumEntry Name="Zero"><Value>0</Value></EnumEntry>
+    <EnumEntry Name="Gone"><pIsAvailable>Off</pIsAvailable><Value>7</Value></EnumEntry>
+    <EnumEntry Name="AllOnes"><DisplayName>All ones</DisplayName><Value>4294967295</Value></EnumEntry>
+    <pValue>OddReg</pValue>
+  </Enumeration>
+  <Enumeration Name="NoneLeft">
+    <EnumEntry Name="Never"><pIsAvailable>Off</pIsAvailable><Value>0</Value></EnumEntry>
+    <pValue>NoneLeftReg</pValue>
+  </Enumeration>
+  <Boolean Name="Flag"><pValue>FlagReg</pValue></Boolean>
+  <String Name="Label"><Value>)" +
+         kLongLabel + R"(</Value></String>
+  <Command Name="Press"><ImposedAccessMode>WO</ImposedAccessMode><pValue>PressReg</pValue><CommandValue>1</CommandValue></Command>
+  <Integer Name="Missing"><pIsAvailable>Off</pIsAvailable><Value>1</Value></Integer>
+  <Register Name="Blob"><Address>0x40018</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></Register>
+  <Integer Name="Hidden"><Visibility>Invisible</Visibility><Value>1</Value></Integer>
+)" + IntRegNode("CountReg", 0x40000, 4) +
+         IntRegNode("OddReg", 0x40008, 8) + IntRegNode("FlagReg", 0x40010, 4) + IntRegNode("PressReg", 0x40014, 4) +
+         IntRegNode("Fixed", 0x4001C, 4, "RO") + IntRegNode("NoneLeftReg", 0x40020, 4));
+}
+
+class EdgeCamera : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(camera.Open());
+    ASSERT_EQ(camera.SetLevel("Invisible"), 1);
+    camera.host.ClearRecords();
+  }
+  std::uint32_t Index(const char* name) { return camera.Index(name); }
+  VQ_Ext& Ext() { return camera.Ext(); }
+
+  HostCamera camera{ProfileForDescription(EdgeDescription(), kKorvaModel)};
+};
+
+struct RecordRow {
+  const char* name;
+  std::uint32_t kind;
+  const char* valueText;
+  std::uint32_t writable;
+  std::int32_t entries;
+};
+
+TEST_F(EdgeCamera, RecordsFollowAccessAndType) {
+  const std::string label511(511, 'x');
+  const RecordRow rows[] = {
+      {"Big", VALUE_KIND_NUMBER, "-1294967296", 1, 0},  // low 32 bits, signed
+      {"TwoTo32", VALUE_KIND_NUMBER, "0", 1, 0},
+      {"Minus", VALUE_KIND_NUMBER, "-5", 1, 0},
+      {"Fraction", VALUE_KIND_NUMBER, "1.235", 1, 0},
+      {"Two", VALUE_KIND_NUMBER, "2.000", 1, 0},
+      {"Odd", VALUE_KIND_LIST, "0", 1, 2},  // the unavailable entry is left out
+      // No entry available: GenApi makes the enumeration itself not available.
+      {"NoneLeft", VALUE_KIND_NUMBER, "Not Available", 0, 0},
+      {"Flag", VALUE_KIND_LIST, "0", 1, 2},
+      {"Label", VALUE_KIND_TEXT, label511.c_str(), 1, 0},
+      {"Press", VALUE_KIND_BUTTON, "Press...", 1, 0},
+      {"Missing", VALUE_KIND_NUMBER, "Not Available", 0, 0},
+      {"Blob", VALUE_KIND_NUMBER, "", 0, 0},
+      {"Fixed", VALUE_KIND_NUMBER, "0", 0, 0},
+  };
+  for (const RecordRow& row : rows) {
+    SCOPED_TRACE(row.name);
+    const std::uint32_t index = Index(row.name);
+    EXPECT_EQ(camera.Word<std::uint32_t>(index, PARAM_VALUE_KIND), row.kind);
+    EXPECT_EQ(camera.Text(index, PARAM_VALUE_TEXT), row.valueText);
+    EXPECT_EQ(camera.Word<std::uint32_t>(index, PARAM_WRITABLE), row.writable);
+    EXPECT_EQ(camera.Word<std::int32_t>(index, PARAM_ENTRY_COUNT), row.entries);
+    EXPECT_EQ(camera.Word<std::uint32_t>(index, PARAM_IDENTIFIER), index | 0x80000000u);
+    EXPECT_EQ(camera.Word<std::uint32_t>(index, PARAM_RESERVED9), 0u);
+    EXPECT_EQ(camera.Word<std::uint32_t>(index, PARAM_DECIMALS), 0u);
+  }
+  EXPECT_TRUE(camera.host.messages.empty());
+}
+
+TEST_F(EdgeCamera, LimitsAreFloatsAndTheIncrementATruncatedInteger) {
+  const std::uint32_t count = Index("Count");
+  EXPECT_EQ(camera.Word<float>(count, PARAM_MINIMUM), 0.0f);
+  EXPECT_EQ(camera.Word<float>(count, PARAM_MAXIMUM), 10.0f);
+  EXPECT_EQ(camera.Word<std::int32_t>(count, PARAM_INCREMENT), 1);
+  const std::uint32_t two = Index("Two");
+  EXPECT_EQ(camera.Word<float>(two, PARAM_MINIMUM), -1.5f);
+  EXPECT_EQ(camera.Word<float>(two, PARAM_MAXIMUM), 8.0f);
+  EXPECT_EQ(camera.Word<std::int32_t>(two, PARAM_INCREMENT), 0);
+  const std::uint32_t flag = Index("Flag");
+  EXPECT_EQ(camera.Word<float>(flag, PARAM_MAXIMUM), 0.0f);
+}
+
+TEST_F(EdgeCamera, EntryBlocksCarryValueAndNameBackToBack) {
+  const struct {
+    const char* name;
+    std::vector<std::pair<std::uint32_t, std::string>> entries;
+  } rows[] = {
+      {"Flag", {{1, "True"}, {0, "False"}}},
+      {"Odd", {{0, "EnumEntry_Odd_Zero"}, {0xFFFFFFFFu, "All ones"}}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    const std::uint32_t index = Index(row.name);
+    const std::int32_t needed = static_cast<std::int32_t>(row.entries.size() * sizeof(EntryBlock));
+    std::vector<EntryBlock> blocks(row.entries.size() + 1);
+    std::memset(blocks.data(), 0xCC, blocks.size() * sizeof(EntryBlock));
+    EXPECT_EQ(Ext().GetParameterAttribute(index, PARAM_ENTRY_LIST, blocks.data(), needed - 1), 0);
+    EXPECT_EQ(blocks[0].value, 0xCCCCCCCCu);
+    ASSERT_EQ(Ext().GetParameterAttribute(index, PARAM_ENTRY_LIST, blocks.data(), needed), 1);
+    for (std::size_t i = 0; i < row.entries.size(); ++i) {
+      EXPECT_EQ(blocks[i].value, row.entries[i].first);
+      EXPECT_EQ(std::string(blocks[i].name), row.entries[i].second);
+      EXPECT_EQ(blocks[i].unused[0], 0xCC);  // not written
+      EXPECT_EQ(blocks[i].unused[1023], 0xCC);
+      EXPECT_EQ(blocks[i].reserved1, 0u);
+      EXPECT_EQ(blocks[i].reserved2, 0u);
+    }
+    EXPECT_EQ(blocks[row.entries.size()].value, 0xCCCCCCCCu);
+  }
+  // No entries: nothing written, result 1.
+  std::uint32_t untouched = 0xCCCCCCCC;
+  EXPECT_EQ(Ext().GetParameterAttribute(Index("Count"), PARAM_ENTRY_LIST, &untouched, 0), 1);
+  EXPECT_EQ(untouched, 0xCCCCCCCCu);
+}
+
+// Size rules of GetParameterAttribute on "Count" (display name of 5 characters).
+struct SizeRow {
+  std::uint32_t code;
+  std::int32_t size;
+  std::int32_t result;
+  std::size_t written;  // bytes changed at the start of the buffer
+};
+
+TEST_F(EdgeCamera, SizeRulesOfEveryCode) {
+  const std::int32_t kTwoTo31 = static_cast<std::int32_t>(0x80000000u);
+  const SizeRow rows[] = {
+      {PARAM_DISPLAY_NAME, 0, 0, 0},         {PARAM_DISPLAY_NAME, 3, 0, 0},
+      {PARAM_DISPLAY_NAME, 4, 0, 0},         {PARAM_DISPLAY_NAME, 5, 1, 5},  // "Coun"
+      {PARAM_DISPLAY_NAME, 6, 1, 6},         {PARAM_DISPLAY_NAME, 515, 1, 515},
+      {PARAM_DISPLAY_NAME, kTwoTo31, 0, 0},  {PARAM_DISPLAY_NAME, -1, 0, 0},
+      {PARAM_CATEGORY_INDEX, 3, 0, 0},       {PARAM_CATEGORY_INDEX, 8, 1, 4},
+      {PARAM_CATEGORY_INDEX, kTwoTo31, 1, 4},  // at least 4, compared as unsigned
+      {PARAM_MINIMUM, 515, 1, 4},            {PARAM_MAXIMUM, 5, 1, 4},
+      {PARAM_INCREMENT, 8, 0, 0},            {PARAM_INCREMENT, 4, 1, 4},
+      {PARAM_ENTRY_COUNT, 5, 0, 0},          {PARAM_WRITABLE, 0, 0, 0},
+      {PARAM_RESERVED9, 3, 0, 0},            {PARAM_VALUE_KIND, kTwoTo31, 0, 0},
+      {PARAM_CONSTANT_FOUR, 0, 1, 4},        {PARAM_IDENTIFIER, 8, 0, 0},
+      {PARAM_DECIMALS, 515, 1, 4},           {14, 4, 0, 0},
+      {0xFFFFFFFFu, 4, 0, 0},
+  };
+  const std::uint32_t index = Index("Count");
+  for (const SizeRow& row : rows) {
+    SCOPED_TRACE("code " + std::to_string(row.code) + " size " + std::to_string(row.size));
+    unsigned char buffer[600];
+    std::memset(buffer, 0xEE, sizeof buffer);
+    EXPECT_EQ(Ext().GetParameterAttribute(index, row.code, buffer, row.size), row.result);
+    std::size_t changed = 0;
+    for (std::size_t i = 0; i < sizeof buffer; ++i) {
+      if (buffer[i] != 0xEE) changed = i + 1;
+    }
+    EXPECT_EQ(changed, row.written);
+    EXPECT_EQ(Ext().GetParameterAttribute(index, row.code, nullptr, row.size), 0);
+  }
+  char name[8];
+  ASSERT_EQ(Ext().GetParameterAttribute(index, PARAM_DISPLAY_NAME, name, 5), 1);
+  EXPECT_STREQ(name, "Coun");
+  std::uint32_t four = 0;
+  ASSERT_EQ(Ext().GetParameterAttribute(index, PARAM_CONSTANT_FOUR, &four, 0), 1);
+  EXPECT_EQ(four, 4u);
+  EXPECT_TRUE(camera.host.messages.empty());
+}
+
+TEST_F(EdgeCamera, IndicesOutsideTheCatalogue) {
+  const std::uint32_t count = Ext().GetParameterCount();
+  const struct {
+    std::uint32_t index;
+    const char* message;  // level 0, or "" for none
+  } rows[] = {
+      {count, ""},
+      {count + 1, ""},
+      {0x80000000u, "GetFeatureInfo fail to get information of parameter index -2147483648."},
+      {0xFFFFFFFFu, "GetFeatureInfo fail to get information of parameter index -1."},
+  };
+  for (const auto& row : rows) {
+    camera.host.ClearRecords();
+    for (std::uint32_t code = 0; code <= 14; ++code) {
+      std::uint32_t buffer[4] = {7, 7, 7, 7};
+      EXPECT_EQ(Ext().GetParameterAttribute(row.index, code, buffer, 4), 0) << code;
+      EXPECT_EQ(buffer[0], 7u);
+    }
+    EXPECT_EQ(Ext().SetParameterValue(row.index, "1"), 0);
+    EXPECT_EQ(Ext().PressParameterButton(nullptr, row.index), 0);
+    const std::vector<std::string> expected =
+        row.message[0] == '\0' ? std::vector<std::string>()
+                               : std::vector<std::string>(17, row.message);
+    EXPECT_EQ(camera.host.MessagesOfLevel(MESSAGE_FAILURE), expected) << row.index;
+  }
+}
+
+TEST_F(EdgeCamera, CategoryNamesAreCutToTheirBuffer) {
+  ASSERT_EQ(Ext().GetCategoryCount(), 2u);  // Acquisition, then the root's own name
+  const struct {
+    std::uint32_t category;
+    std::int32_t size;
+    std::int32_t result;
+    const char* name;  // "#" when untouched
+  } rows[] = {
+      {0, 10, 0, "#"},           {0, 11, 1, "Acquisitio"}, {0, 12, 1, "Acquisition"},
+      {0, 0, 0, "#"},            {0, -1, 0, "#"},          {2, 64, 0, "#"},
+      {0x80000000u, 64, 0, "#"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::to_string(row.category) + " size " + std::to_string(row.size));
+    char name[64] = "#";
+    unsigned char second[8];
+    std::memset(second, 0xEE, sizeof second);
+    std::uint32_t value = 7;
+    EXPECT_EQ(Ext().GetCategoryName(row.category, name, row.size, second, 6, &value), row.result);
+    EXPECT_STREQ(name, row.name);
+    EXPECT_EQ(value, 0u);
+    EXPECT_EQ(second[0], row.result ? 0 : 0xEE);
+    EXPECT_EQ(second[5], row.result ? 0 : 0xEE);
+    EXPECT_EQ(second[6], 0xEE);
+  }
+  char name[16];
+  EXPECT_EQ(Ext().GetCategoryName(0, name, sizeof name, nullptr, 0, nullptr), 1);
+}
+
+TEST_F(EdgeCamera, FeatureUnderTheRootIsFiledUnderTheRootsName) {
+  const std::uint32_t category = camera.Word<std::uint32_t>(Index("Loose"), PARAM_CATEGORY_INDEX);
+  char name[32] = {};
+  std::uint32_t value = 7;
+  ASSERT_EQ(Ext().GetCategoryName(category, name, sizeof name, nullptr, 0, &value), 1);
+  EXPECT_STREQ(name, "Root");
+  EXPECT_EQ(category, Ext().GetCategoryCount() - 1);
+}
+
+TEST_F(EdgeCamera, VisibilityLevelHidesFeaturesAboveIt) {
+  const std::uint32_t hidden = Index("Hidden");
+  ASSERT_EQ(camera.SetLevel("guru"), 1);
+  char text[64];
+  for (std::uint32_t code = 0; code <= 13; ++code) {
+    EXPECT_EQ(Ext().GetParameterAttribute(hidden, code, text, sizeof text), 0) << code;
+  }
+  EXPECT_EQ(Ext().SetParameterValue(hidden, "2"), 0);
+  EXPECT_EQ(camera.Text(Index("Count"), PARAM_DISPLAY_NAME), "Count");
+  EXPECT_TRUE(camera.host.messages.empty());
+}
+
+// A write through SetParameterValue and what the camera then holds.
+struct WriteRow {
+  const char* name;
+  const char* text;
+  std::int32_t result;
+  const char* valueText;  // read back afterwards
+  std::uint32_t level;    // of the one message expected, 9 for none
+};
+
+TEST_F(EdgeCamera, WritesConvertTheHostsText) {
+  const WriteRow rows[] = {
+      {"Count", "2.9", 1, "2", 9},         // truncated toward zero
+      {"Count", " 7 apples", 1, "7", 9},   // reading stops after the number
+      {"Count", "20", 0, "7", 3},          // above the maximum: GenApi's text
+      {"Count", "abc", 0, "7", 0},         // not a number: nothing written
+      {"Count", "", 0, "7", 0},
+      {"Count", "1e30", 0, "7", 0},        // beyond 64 bits
+      {"Two", "nan", 0, "2.000", 0},
+      {"Two", "3.25", 1, "3.250", 9},
+      {"Odd", "-1", 1, "-1", 9},           // the entry 4294967295
+      {"Odd", "0", 1, "0", 9},
+      {"Odd", "4294967295", 1, "-1", 9},
+      {"Odd", "All ones", 0, "-1", 0},     // entries go by value, never by name
+      {"Flag", "7", 1, "1", 9},
+      {"Flag", "0", 1, "0", 9},
+      {"Flag", "True", 0, "0", 0},
+      {"Label", "twenty characters ok", 1, "twenty characters ok", 9},  // written whole
+      {"Blob", "5", 1, "", 9},             // a plain register: nothing to write
+      {"Missing", "3", 0, "Not Available", 3},
+      {"Press", "1", 0, "Press...", 9},    // buttons only through PressParameterButton
+  };
+  for (const WriteRow& row : rows) {
+    SCOPED_TRACE(std::string(row.name) + " <- '" + row.text + "'");
+    camera.host.ClearRecords();
+    const std::uint32_t index = Index(row.name);
+    EXPECT_EQ(Ext().SetParameterValue(index, row.text), row.result);
+    ASSERT_EQ(camera.host.messages.size(), row.level == 9 ? 0u : 1u);
+    if (row.level != 9) {
+      EXPECT_EQ(camera.host.messages[0].level, row.level);
+      EXPECT_EQ(camera.host.messages[0].text.find("CLProtocol"), std::string::npos);
+      if (row.level == 0) {
+        EXPECT_EQ(camera.host.messages[0].text,
+                  "Parameter " + std::string(row.name) + ": \"" + row.text +
+                      "\" is not a valid number; the value was not changed.");
+      }
+    }
+    EXPECT_EQ(camera.Text(index, PARAM_VALUE_TEXT), row.valueText);
+  }
+  EXPECT_EQ(camera.Register(0x40000, 4), 7u);
+  EXPECT_EQ(camera.Register(0x40008, 8), 0xFFFFFFFFu);
+  EXPECT_EQ(Ext().SetParameterValue(Index("Count"), nullptr), 0);
+}
+
+TEST_F(EdgeCamera, ServicesOfACameraWithoutTheirFeatures) {
+  char text[64];
+  std::memset(text, '#', sizeof text);
+  EXPECT_EQ(Ext().QueryCommand(CMD_MODEL_NAME, text, sizeof text), 1);  // no DeviceModelName
+  EXPECT_EQ(text[0], '#');
+  EXPECT_EQ(Ext().QueryCommand(CMD_CAN_SAVE_CONFIGURATION, text, sizeof text), 0);
+  EXPECT_EQ(Ext().ExecuteCommand(CMD_SAVE_CONFIGURATION, nullptr, 0), 0);
+  EXPECT_EQ(camera.host.MessagesOfLevel(MESSAGE_FAILURE),
+            std::vector<std::string>{"Unable to save camera configuration"});
+  std::uint32_t rate = 0;
+  EXPECT_EQ(Ext().QueryCommand(CMD_MAX_BAUD_RATE, &rate, 4), 1);
+  EXPECT_EQ(rate, 1u);
+  EXPECT_EQ(Ext().QueryCommand(CMD_CURRENT_BAUD_RATE, &rate, 4), 1);
+  EXPECT_EQ(rate, 1u);
+  rate = 1;
+  EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, &rate, 4), 0);
+  // Texts of a parameter without description or tool tip: the name only, result 0.
+  std::vector<ParameterTextItem> texts;
+  ParameterTextsQuery query{Index("Fixed"), 0, &texts};
+  EXPECT_EQ(Ext().QueryCommand(CMD_PARAMETER_TEXTS, &query, sizeof query), 0);
+  ASSERT_EQ(texts.size(), 1u);
+  EXPECT_EQ(texts[0].text, "Fixed\r");
+}
+
+TEST_F(EdgeCamera, PressingAButtonSaysSoAndExecutesIt) {
+  const std::uint32_t press = Index("Press");
+  EXPECT_EQ(Ext().PressParameterButton(nullptr, press), 1);
+  EXPECT_EQ(camera.Register(0x40014, 4), 1u);
+  ASSERT_EQ(camera.host.messages.size(), 1u);
+  EXPECT_EQ(camera.host.messages[0].level, MESSAGE_INFORMATION);
+  EXPECT_EQ(camera.host.messages[0].text, "Press button was clicked.");
+  // Any parameter can be pressed: "1" is written to it.
+  camera.host.ClearRecords();
+  EXPECT_EQ(Ext().PressParameterButton(nullptr, Index("Count")), 1);
+  EXPECT_EQ(camera.Register(0x40000, 4), 1u);
+  EXPECT_EQ(camera.host.MessagesOfLevel(MESSAGE_INFORMATION),
+            std::vector<std::string>{"Count button was clicked."});
+}
+
+// The camera refuses a write: the level-3 text, then the outcome by error code.
+TEST_F(EdgeCamera, DeviceRefusalsReportTheCamerasTextAndDecideByCode) {
+  const struct {
+    const char* name;
+    void (*spoil)(sim::FaultPlan&);
+    std::int32_t alive;
+    std::int32_t result;
+    bool lost;  // "Camera is not available." follows
+  } rows[] = {
+      {"write protect", [](sim::FaultPlan& f) { f.forcedStatus = 0x8004; f.forcedStatusCount = 1; },
+       1, 0, false},
+      {"warning", [](sim::FaultPlan& f) { f.forcedStatus = 0x0001; f.forcedStatusCount = 1; }, 1, 1,
+       false},
+      {"silent, camera answers", [](sim::FaultPlan& f) { f.silent = true; }, 1, 0, false},
+      {"silent, camera gone", [](sim::FaultPlan& f) { f.silent = true; }, 0, 0, true},
+  };
+  const std::uint32_t count = Index("Count");
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    camera.host.ClearRecords();
+    camera.host.aliveAnswer = row.alive;
+    camera.Simulator().faults() = sim::FaultPlan();
+    row.spoil(camera.Simulator().faults());
+    EXPECT_EQ(Ext().SetParameterValue(count, "3"), row.result);
+    const std::vector<std::string> deviceTexts = camera.host.MessagesOfLevel(MESSAGE_DEVICE_ERROR);
+    ASSERT_EQ(deviceTexts.size(), 1u);
+    EXPECT_EQ(deviceTexts[0].rfind("CLProtocol message: '", 0), 0u) << deviceTexts[0];
+    EXPECT_EQ(camera.host.MessagesOfLevel(MESSAGE_FAILURE),
+              row.lost ? std::vector<std::string>{"Camera is not available."}
+                       : std::vector<std::string>());
+    // Only the serial time-out asks whether the camera is still there.
+    const bool silent = camera.Simulator().faults().silent;
+    const auto& requests = camera.host.serialRequests;
+    EXPECT_EQ(std::count(requests.begin(), requests.end(), SERIAL_IS_PORT_ALIVE), silent ? 1 : 0);
+  }
+  camera.Simulator().faults() = sim::FaultPlan();
+}
+
+}  // namespace
+}  // namespace vq::test
