@@ -24,6 +24,47 @@ const FeatureEntry* Feature::entryOfText(const std::string& valueText) const {
   return nullptr;
 }
 
+bool Feature::sameAs(const Feature& other) const {
+  auto entryKey = [](const std::vector<FeatureEntry>& entries) {
+    std::vector<std::pair<std::uint32_t, std::string>> key;
+    for (const auto& entry : entries) key.emplace_back(entry.value, entry.name);
+    return key;
+  };
+  return name == other.name && kind == other.kind && writable == other.writable &&
+         minimum == other.minimum && maximum == other.maximum &&
+         increment == other.increment && entryKey(entries) == entryKey(other.entries);
+}
+
+namespace {
+
+// Entry nodes are often named "EnumEntry_<Feature>_<Entry>" and shown by that name; a
+// person reads and writes the <Entry> part. The prefix is the part all entries share, up to
+// its last "_"; a lone entry keeps what follows its last "_".
+void LabelEntries(std::vector<FeatureEntry>& entries) {
+  const std::string kPrefix = "EnumEntry_";
+  for (const auto& entry : entries) {
+    if (entry.name.rfind(kPrefix, 0) != 0) {
+      for (auto& e : entries) e.label = e.name;
+      return;
+    }
+  }
+  std::string common = entries.empty() ? std::string() : entries.front().name;
+  for (const auto& entry : entries) {
+    std::size_t n = 0;
+    while (n < common.size() && n < entry.name.size() && common[n] == entry.name[n]) ++n;
+    common.resize(n);
+  }
+  if (entries.size() == 1) common = entries.front().name;
+  const std::size_t cut = common.rfind('_');
+  for (auto& entry : entries) {
+    entry.label = cut != std::string::npos && cut + 1 < entry.name.size()
+                      ? entry.name.substr(cut + 1)
+                      : entry.name;
+  }
+}
+
+}  // namespace
+
 bool Catalogue::readText(std::uint32_t index, std::uint32_t code, std::string& text) const {
   char buffer[kTextSize] = {};
   if (extension_.GetParameterAttribute(index, code, buffer, kTextSize) != 1) return false;
@@ -56,8 +97,9 @@ bool Catalogue::readFeature(std::uint32_t index, Feature& feature) const {
     if (extension_.GetParameterAttribute(index, PARAM_ENTRY_LIST, blocks.data(), size) == 1) {
       for (auto& block : blocks) {
         block.name[sizeof(block.name) - 1] = '\0';
-        feature.entries.push_back({block.value, block.name});
+        feature.entries.push_back({block.value, block.name, block.name});
       }
+      LabelEntries(feature.entries);
     }
   }
   return true;

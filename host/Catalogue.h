@@ -15,7 +15,8 @@ namespace vq::host {
 
 struct FeatureEntry {
   std::uint32_t value = 0;
-  std::string name;
+  std::string name;   // as the module gives it
+  std::string label;  // as a person reads it: without the "EnumEntry_<Feature>_" prefix
 };
 
 struct Feature {
@@ -34,6 +35,9 @@ struct Feature {
   bool isButton() const { return kind == VALUE_KIND_BUTTON; }
   // The entry whose value the module's value text names, or null.
   const FeatureEntry* entryOfText(const std::string& valueText) const;
+  // The same feature listed again (in a second category): every attribute but the index
+  // and the category equal.
+  bool sameAs(const Feature& other) const;
 };
 
 class Catalogue {

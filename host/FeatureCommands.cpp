@@ -1,4 +1,6 @@
 // list and describe, and the feature rendering they share with get and set.
+#include <cmath>
+
 #include "Commands.h"
 #include "Failure.h"
 #include "Session.h"
@@ -29,15 +31,24 @@ std::string AccessName(const Feature& feature) {
   return feature.writable ? "rw" : "ro";
 }
 
+namespace {
+
+// Limits that say something: finite and inside the 64-bit integers (a feature without
+// limits reports the type's extremes).
+bool Meaningful(float limit) { return std::isfinite(limit) && std::fabs(limit) < 9.2e18f; }
+
+}  // namespace
+
 std::string RangeText(const Feature& feature) {
-  if (feature.kind == VALUE_KIND_NUMBER && feature.minimum < feature.maximum) {
+  if (feature.kind == VALUE_KIND_NUMBER && feature.minimum < feature.maximum &&
+      Meaningful(feature.minimum) && Meaningful(feature.maximum)) {
     std::string text = FormatNumber(feature.minimum) + " .. " + FormatNumber(feature.maximum);
     if (feature.increment > 1) text += " step " + std::to_string(feature.increment);
     return text;
   }
   if (feature.kind == VALUE_KIND_LIST && !feature.isBoolean()) {
     std::string text;
-    for (const auto& entry : feature.entries) text += (text.empty() ? "" : "|") + entry.name;
+    for (const auto& entry : feature.entries) text += (text.empty() ? "" : "|") + entry.label;
     return text.size() > 60 ? text.substr(0, 57) + "..." : text;
   }
   return std::string();
@@ -52,14 +63,15 @@ json FeatureJson(Session& session, const Feature& feature, const std::string* va
   const std::string node = session.names().nodeName(feature);
   if (!node.empty()) item["node"] = node;
   if (feature.kind == VALUE_KIND_NUMBER) {
-    item["minimum"] = feature.minimum;
-    item["maximum"] = feature.maximum;
+    // JSON has no infinities: a limit that is not finite is null.
+    item["minimum"] = std::isfinite(feature.minimum) ? json(feature.minimum) : json(nullptr);
+    item["maximum"] = std::isfinite(feature.maximum) ? json(feature.maximum) : json(nullptr);
     item["increment"] = feature.increment;
   }
   if (feature.kind == VALUE_KIND_LIST && !feature.isBoolean()) {
     json entries = json::array();
     for (const auto& entry : feature.entries) {
-      entries.push_back({{"value", entry.value}, {"name", entry.name}});
+      entries.push_back({{"value", entry.value}, {"name", entry.label}});
     }
     item["entries"] = entries;
   }
@@ -119,7 +131,7 @@ void DescribeCommand(Session& session, const std::vector<std::string>& args) {
     rows.push_back({"Increment", std::to_string(feature.increment)});
   }
   for (const auto& entry : feature.entries) {
-    rows.push_back({"Entry", entry.name + " (" + std::to_string(entry.value) + ")"});
+    rows.push_back({"Entry", entry.label + " (" + std::to_string(entry.value) + ")"});
   }
   rows.push_back({"Description", description});
   session.output().emit(result, AlignedTable(rows));

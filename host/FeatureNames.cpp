@@ -1,5 +1,6 @@
 #include "FeatureNames.h"
 
+#include <algorithm>
 #include <functional>
 #include <vector>
 
@@ -62,8 +63,12 @@ const Feature& FeatureNames::resolve(const std::string& name) const {
   };
   for (const auto& rule : rules) {
     const auto found = Matching(features, rule);
-    if (found.size() == 1) return *found.front();
-    if (found.size() > 1) throw Ambiguous(name, found);
+    if (found.empty()) continue;
+    // One feature listed in several categories is found once per listing.
+    const bool oneFeature = std::all_of(found.begin(), found.end(),
+                                        [&](const Feature* f) { return f->sameAs(*found.front()); });
+    if (oneFeature) return *found.front();
+    throw Ambiguous(name, found);
   }
   throw UsageError("unknown feature '" + name + "'" + kListHint);
 }
@@ -94,10 +99,12 @@ std::string FeatureNames::toModuleText(const Feature& feature, const std::string
     const std::string display =
         names_.entries.count(value) != 0 ? names_.entries.at(value) : std::string();
     const std::vector<std::function<bool(const FeatureEntry&)>> rules = {
-        [&](const FeatureEntry& e) { return e.name == value; },
-        [&](const FeatureEntry& e) { return EqualsIgnoreCase(e.name, value); },
-        [&](const FeatureEntry& e) { return !display.empty() && e.name == display; },
-        [&](const FeatureEntry& e) { return Normalise(e.name) == Normalise(value); },
+        [&](const FeatureEntry& e) { return e.label == value || e.name == value; },
+        [&](const FeatureEntry& e) {
+          return EqualsIgnoreCase(e.label, value) || EqualsIgnoreCase(e.name, value);
+        },
+        [&](const FeatureEntry& e) { return !display.empty() && e.label == display; },
+        [&](const FeatureEntry& e) { return Normalise(e.label) == Normalise(value); },
         [&](const FeatureEntry& e) { return std::to_string(e.value) == value; },
     };
     for (const auto& rule : rules) {
@@ -106,7 +113,7 @@ std::string FeatureNames::toModuleText(const Feature& feature, const std::string
       }
     }
     std::string choices;
-    for (const auto& entry : feature.entries) choices += (choices.empty() ? "" : ", ") + entry.name;
+    for (const auto& entry : feature.entries) choices += (choices.empty() ? "" : ", ") + entry.label;
     throw UsageError("'" + feature.name + "' has no entry '" + userValue + "'; choose one of: " +
                      (choices.empty() ? "(none available)" : choices));
   }
@@ -121,7 +128,7 @@ std::string UserValue(const Feature& feature, const std::string& moduleText) {
   if (feature.isBoolean()) return moduleText == "1" ? "true" : moduleText == "0" ? "false" : "";
   if (feature.kind == VALUE_KIND_LIST) {
     const FeatureEntry* entry = feature.entryOfText(moduleText);
-    return entry != nullptr ? entry->name : moduleText;
+    return entry != nullptr ? entry->label : moduleText;
   }
   return moduleText;
 }

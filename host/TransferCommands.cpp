@@ -21,7 +21,7 @@ using nlohmann::json;
 bool IsLinkRate(const Feature& feature) {
   if (feature.entries.empty()) return false;
   for (const auto& entry : feature.entries) {
-    if (entry.name.rfind("Baud", 0) != 0) return false;
+    if (entry.label.rfind("Baud", 0) != 0) return false;
   }
   return true;
 }
@@ -38,6 +38,15 @@ std::string FileName(Session& session, const Feature& feature) {
   } catch (const Failure&) {
   }
   return "#" + std::to_string(feature.index);
+}
+
+// A feature listed a second time, in another category: exported once.
+bool ListedBefore(Session& session, const Feature& feature) {
+  for (const auto& other : session.catalogue().features()) {
+    if (other.index >= feature.index) return false;
+    if (other.sameAs(feature)) return true;
+  }
+  return false;
 }
 
 // Two value texts of the module that mean the same value.
@@ -96,7 +105,7 @@ void ExportCommand(Session& session, const std::vector<std::string>& args) {
        << "# One feature per line, NAME = VALUE; apply with: vqcam import FILE\n";
   std::size_t written = 0;
   for (const auto& feature : session.catalogue().features()) {
-    if (!Exportable(feature)) continue;
+    if (!Exportable(feature) || ListedBefore(session, feature)) continue;
     const std::string value = session.readValue(feature);
     if (value.empty() && feature.kind != VALUE_KIND_TEXT) continue;  // nothing readable
     text << FileName(session, feature) << " = " << UserValue(feature, value) << "\n";

@@ -86,7 +86,7 @@ TEST(LostCamera, ACameraThatStopsAnsweringEndsTheSession) {
   vqcam.write("get Width\n");
   ASSERT_TRUE(vqcam.waitForOutput("Width", 120000)) << "the camera did not open";
   simulator->Pause();
-  vqcam.write("get Height\nget Width\n");
+  vqcam.write("set Width=512\nget Width\n");
   const auto result = vqcam.finish(120000);
   simulator->Resume();
   EXPECT_EQ(result.exitCode, 2) << result.err;
