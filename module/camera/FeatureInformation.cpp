@@ -77,9 +77,9 @@ void FillEnumerationRecord(GenericFeature& feature, std::uint32_t readValue,
 }  // namespace
 
 const char* GenericCamera::TopLevelCategoryName(const std::vector<GenICam::gcstring>& path) {
-  // A feature listed directly under the root has no category of its own: it
-  // is filed under the root's display name, so that every feature's category
-  // index names a real entry of the table.
+  // A feature listed directly under the root has no category of its own: its
+  // record files it under the root's display name (the table grows by that
+  // entry when first asked), so that every category index names a real entry.
   if (path.size() >= 2) return path[1].c_str();
   return path.empty() ? "" : path[0].c_str();
 }

@@ -88,7 +88,11 @@ void GenericCamera::RebuildCategoryTable() {
   for (std::uint32_t index = 0; index < count; ++index) {
     path.clear();
     if (!featureTree_->GetFeatureCategory(index, path)) continue;
-    FindOrAddCategory(TopLevelCategoryName(path));
+    // A feature listed directly under the root has no top-level category and
+    // registers none here; its record files it under the root's display name
+    // when the host asks for it.
+    if (path.size() < 2) continue;
+    FindOrAddCategory(path[1].c_str());
   }
 }
 
