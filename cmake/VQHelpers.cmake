@@ -17,7 +17,11 @@ endfunction()
 
 # vq_add_gtest(<name> SOURCES <files...> LIBS <targets...>): one GoogleTest
 # program whose tests are registered with ctest. Tests find the source tree
-# and the real-description folder through compile definitions.
+# and the real-description folder through compile definitions. XDG_CACHE_HOME
+# names a build-tree folder nobody creates: the description cache stays off
+# (it only makes its folder inside an existing cache directory), so no test
+# touches the developer's ~/.cache and no cached description passes from one
+# test to another. Tests of the cache give it a directory of their own.
 function(vq_add_gtest name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
@@ -26,5 +30,6 @@ function(vq_add_gtest name)
     VQ_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
     VQ_BINARY_DIR="${PROJECT_BINARY_DIR}"
     VQ_GENICAM_XML_DIR="${VQ_GENICAM_XML_DIR}")
-  gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+  gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 300 ENVIRONMENT "XDG_CACHE_HOME=${PROJECT_BINARY_DIR}/no-description-cache")
 endfunction()

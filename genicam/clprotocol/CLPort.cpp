@@ -2,47 +2,55 @@
 #include <CLProtocol/DeviceID.h>
 
 #include <cstring>
-#include <fstream>
 #include <mutex>
-#include <sstream>
+#include <string>
 #include <vector>
 
+#include "CLPortImpl.h"
 #include "DriverCatalog.h"
 #include "PortRegistry.h"
-#include "XmlIdList.h"
 
 namespace CLProtocol {
 
 using GenICam::gcstring;
 
-struct CCLPort::Impl {
-  mutable std::recursive_mutex mutex;
-  std::shared_ptr<DriverLibrary> driver;
-  ISerialAdapter* serial = nullptr;
-  std::string portID;
-  CLUINT32 cookie = 0;
-  std::string deviceID;       // full
-  std::string shortDeviceID;
-  CLUINT32 timeout = 500;
-
-  std::vector<XmlIdEntry> CollectXmlIds();
-
-  void RequireConnected(const char* what) const {
-    if (driver == nullptr || serial == nullptr || cookie == 0) {
-      throw ACCESS_EXCEPTION("%s failed: the port is not connected", what);
-    }
+void CCLPort::Impl::RequireConnected(const char* what) const {
+  if (driver == nullptr || serial == nullptr || cookie == 0) {
+    throw ACCESS_EXCEPTION("%s failed: the port is not connected", what);
   }
-};
+}
+
+std::string CCLPort::Impl::ModelTemplate() const {
+  CDeviceID id;
+  if (!id.FromString(gcstring(shortDeviceID.c_str()))) return shortDeviceID;
+  return std::string(id.GetCameraManufacturer().c_str()) + "#" + id.GetCameraFamily().c_str() +
+         "#" + id.GetCameraModel().c_str();
+}
 
 namespace {
 
-// Parses a full device ID or template and loads the driver it names.
+// Parses a full device ID or template and loads the driver it names. Fails before any line
+// traffic when the text breaks the device-ID rules or names no driver directory.
 std::shared_ptr<DriverLibrary> DriverFor(const gcstring& text, CDeviceID& id) {
-  if (!id.FromString(text) || !id.HasDriver()) {
-    ThrowDriverError(CL_ERR_INVALID_DEVICEID, "Parsing device ID '" + std::string(text.c_str()) + "'",
-                     "invalid device ID");
+  const std::string what = "Parsing device ID '" + std::string(text.c_str()) + "'";
+  if (!id.FromString(text) || !id.HasDriver() || !id.HasIdentifierTokens()) {
+    ThrowDriverError(CL_ERR_INVALID_DEVICEID, what, "invalid device ID");
+  }
+  if (id.GetDriverPath().empty()) {
+    ThrowDriverError(CL_ERR_INVALID_DEVICEID, what, "the device ID names no driver directory");
   }
   return GetDriver(id.GetDriverPath().c_str());
+}
+
+// A short template a driver offers: one to three identifier tokens.
+bool ValidShortTemplate(const std::string& text) {
+  CDeviceID id;
+  return id.FromString(gcstring(text.c_str())) && !id.HasDriver() && id.HasIdentifierTokens() &&
+         id.GetNumShortTokens() <= 3;
+}
+
+std::string FullID(const DriverLibrary& driver, const std::string& shortID) {
+  return driver.Directory() + "#" + driver.FileName() + "#" + shortID;
 }
 
 // Calls the driver's probe, growing the ID buffer when asked to.
@@ -63,22 +71,6 @@ std::string Probe(DriverLibrary& driver, ISerial* serial, const std::string& sho
   }
   driver.Check(CL_ERR_BUFFER_TOO_SMALL, "Probing the device");
   return std::string();
-}
-
-CLUINT32 HighestBit(CLUINT32 bits) {
-  CLUINT32 best = 0;
-  for (CLUINT32 bit = 1; bit <= CL_BAUDRATE_921600; bit <<= 1) {
-    if (bits & bit) best = bit;
-  }
-  return best;
-}
-
-std::string LocationOf(const std::string& driverDirectory) {
-  const size_t slash = driverDirectory.find_last_of('/');
-  if (slash != std::string::npos && driverDirectory.substr(slash + 1) == kDriverSubfolder) {
-    return driverDirectory.substr(0, slash);
-  }
-  return driverDirectory;
 }
 
 }  // namespace
@@ -117,18 +109,31 @@ ISerialAdapter* CCLPort::GetPort(const gcstring& PortID) {
 
 void CCLPort::GetDeviceIDTemplates(GenICam::gcstring_vector& DeviceIDTemplates) {
   DeviceIDTemplates.clear();
+  std::vector<std::string> problems;
   for (const auto& driver : LoadAllDrivers()) {
+    const std::string path = driver->Directory() + "/" + driver->FileName();
     std::vector<std::string> templates;
     try {
       templates = driver->ShortTemplates();
-    } catch (const GenICam::GenericException&) {
-      continue;  // a driver that cannot list templates offers none
+    } catch (const GenICam::GenericException& e) {
+      problems.push_back("driver '" + path + "' lists no templates: " + e.GetDescription());
+      continue;
     }
     for (const auto& shortTemplate : templates) {
-      DeviceIDTemplates.push_back(gcstring(driver->Directory() + "#" + driver->FileName() + "#" +
-                                           shortTemplate));
+      if (!ValidShortTemplate(shortTemplate)) {
+        problems.push_back("driver '" + path + "' offers the malformed template '" +
+                           shortTemplate + "'; it is ignored");
+        continue;
+      }
+      DeviceIDTemplates.push_back(gcstring(FullID(*driver, shortTemplate)));
     }
   }
+  Diagnose(std::move(problems));
+}
+
+void CCLPort::GetDiagnostics(GenICam::gcstring_vector& Messages) {
+  Messages.clear();
+  for (const auto& message : Diagnostics()) Messages.push_back(gcstring(message));
 }
 
 gcstring CCLPort::ProbeDevice(const gcstring& PortID, const gcstring& strDeviceIDTemplate,
@@ -139,8 +144,9 @@ gcstring CCLPort::ProbeDevice(const gcstring& PortID, const gcstring& strDeviceI
   CLUINT32 cookie = 0;
   const std::string shortID =
       Probe(*driver, serial, id.GetShortDeviceID().c_str(), SerialTimeout, cookie);
-  if (cookie != 0) driver->Functions().Disconnect(cookie);
-  return gcstring(driver->Directory() + "#" + driver->FileName() + "#" + shortID);
+  const std::string deviceID = FullID(*driver, shortID);
+  PortRegistry::KeepProbed(PortID.c_str(), driver, cookie, deviceID);
+  return gcstring(deviceID);
 }
 
 void CCLPort::StopProbing(CLUINT32 toStop) {
@@ -165,9 +171,11 @@ void CCLPort::Connect(const gcstring& PortID, const gcstring& strDeviceID) {
   CDeviceID id;
   auto driver = DriverFor(strDeviceID, id);
   ISerialAdapter* serial = PortRegistry::Open(PortID.c_str());
-  CLUINT32 cookie = 0;
+  // Right after ProbeDevice found this very device, its connection is taken over as it is.
+  CLUINT32 cookie = PortRegistry::TakeProbed(PortID.c_str(), *driver, strDeviceID.c_str());
   const std::string shortID =
-      Probe(*driver, serial, id.GetShortDeviceID().c_str(), m_pImpl->timeout, cookie);
+      cookie != 0 ? std::string(id.GetShortDeviceID().c_str())
+                  : Probe(*driver, serial, id.GetShortDeviceID().c_str(), m_pImpl->timeout, cookie);
   if (cookie == 0) {
     ThrowDriverError(CL_ERR_INVALID_COOKIE, "Connecting", "the driver returned no connection");
   }
@@ -176,7 +184,7 @@ void CCLPort::Connect(const gcstring& PortID, const gcstring& strDeviceID) {
   m_pImpl->portID = PortID.c_str();
   m_pImpl->cookie = cookie;
   m_pImpl->shortDeviceID = shortID;
-  m_pImpl->deviceID = driver->Directory() + "#" + driver->FileName() + "#" + shortID;
+  m_pImpl->deviceID = FullID(*driver, shortID);
 }
 
 void CCLPort::Disconnect() {
@@ -210,138 +218,7 @@ CLUINT32 CCLPort::GetSerialTimeOut() const {
   return m_pImpl->timeout;
 }
 
-// ---- descriptions ----
-
-void CCLPort::GetXMLIDs(GenICam::gcstring_vector& XMLIDs) {
-  std::lock_guard<std::recursive_mutex> lock(m_pImpl->mutex);
-  m_pImpl->RequireConnected("GetXMLIDs");
-  XMLIDs.clear();
-  for (const auto& entry : m_pImpl->CollectXmlIds()) XMLIDs.push_back(gcstring(entry.id));
-}
-
-gcstring CCLPort::GetXML(const bool UseMaxBaudrate) {
-  std::lock_guard<std::recursive_mutex> lock(m_pImpl->mutex);
-  m_pImpl->RequireConnected("GetXML");
-  const auto entries = m_pImpl->CollectXmlIds();
-  if (entries.empty()) return gcstring();
-  return GetXML(gcstring(entries.front().id), UseMaxBaudrate);
-}
-
-gcstring CCLPort::GetXML(const gcstring& XMLID, const bool UseMaxBaudrate) {
-  std::lock_guard<std::recursive_mutex> lock(m_pImpl->mutex);
-  m_pImpl->RequireConnected("GetXML");
-  Impl& impl = *m_pImpl;
-  for (const auto& entry : DescriptionFilesFor(LocationOf(impl.driver->Directory()), impl.shortDeviceID)) {
-    if (entry.id == XMLID.c_str()) {
-      std::ifstream in(entry.filePath, std::ios::binary);
-      std::ostringstream text;
-      text << in.rdbuf();
-      return gcstring(text.str());
-    }
-  }
-  // Boost the link for the download when driver and port allow it, restore it afterwards.
-  CLUINT32 restoreRate = 0;
-  if (UseMaxBaudrate && impl.driver->SupportsParam(CLP_DEVICE_BAUDERATE) &&
-      impl.driver->SupportsParam(CLP_DEVICE_SUPPORTED_BAUDERATES)) {
-    try {
-      const CLUINT32 current = GetDeviceBauderate();
-      const CLUINT32 best = HighestBit(SupportedBaudrates());
-      if (best > current) {
-        SetDeviceBauderate(best);
-        restoreRate = current;
-      }
-    } catch (const GenICam::GenericException&) {
-      restoreRate = 0;  // download at the present rate
-    }
-  }
-  std::string text;
-  CLINT32 status = CL_ERR_NO_ERR;
-  try {
-    const auto& f = impl.driver->Functions();
-    CLUINT32 size = 0;
-    status = f.GetXMLDescription(impl.serial, impl.cookie, XMLID.c_str(), nullptr, &size, impl.timeout);
-    if (status == CL_ERR_BUFFER_TOO_SMALL && size > 0) {
-      std::vector<CLINT8> buffer(size, '\0');
-      status = f.GetXMLDescription(impl.serial, impl.cookie, XMLID.c_str(), buffer.data(), &size,
-                                   impl.timeout);
-      if (status == CL_ERR_NO_ERR) text.assign(buffer.data(), strnlen(buffer.data(), buffer.size()));
-    }
-  } catch (...) {
-    if (restoreRate != 0) SetDeviceBauderate(restoreRate);
-    throw;
-  }
-  if (restoreRate != 0) SetDeviceBauderate(restoreRate);
-  if (status == CL_ERR_NO_XMLDESCRIPTION_FOUND) return gcstring();
-  impl.driver->Check(status, "Getting the XML description", impl.cookie);
-  return gcstring(text);
-}
-
-std::vector<XmlIdEntry> CCLPort::Impl::CollectXmlIds() {
-  Impl& impl = *this;
-  std::vector<XmlIdEntry> entries;
-  const auto& f = impl.driver->Functions();
-  CLUINT32 size = 0;
-  CLINT32 status = f.GetXMLIDs(impl.serial, impl.cookie, nullptr, &size, impl.timeout);
-  if (status == CL_ERR_BUFFER_TOO_SMALL && size > 0) {
-    std::vector<CLINT8> buffer(size, '\0');
-    status = f.GetXMLIDs(impl.serial, impl.cookie, buffer.data(), &size, impl.timeout);
-    impl.driver->Check(status, "Listing XML IDs", impl.cookie);
-    std::string list(buffer.data(), strnlen(buffer.data(), buffer.size()));
-    size_t start = 0;
-    while (start < list.size()) {
-      size_t tab = list.find('\t', start);
-      if (tab == std::string::npos) tab = list.size();
-      XmlIdEntry entry;
-      if (ParseXmlId(list.substr(start, tab - start), entry)) entries.push_back(entry);
-      start = tab + 1;
-    }
-  } else if (status != CL_ERR_NO_ERR) {
-    impl.driver->Check(status, "Listing XML IDs", impl.cookie);
-  }
-  for (auto& file : DescriptionFilesFor(LocationOf(impl.driver->Directory()), impl.shortDeviceID)) {
-    entries.push_back(file);
-  }
-  SortBestFirst(entries);
-  return entries;
-}
-
-// ---- baud rate and events ----
-
-void CCLPort::SetDeviceBauderate(CLUINT32 BaudRate) {
-  std::lock_guard<std::recursive_mutex> lock(m_pImpl->mutex);
-  m_pImpl->RequireConnected("SetDeviceBauderate");
-  if (!m_pImpl->driver->SupportsParam(CLP_DEVICE_BAUDERATE)) {
-    ThrowDriverError(CL_ERR_PARAM_NOT_SUPPORTED, "Setting the baud rate", "parameter not supported");
-  }
-  const CLINT32 status = m_pImpl->driver->Functions().SetParam(
-      m_pImpl->serial, CLP_DEVICE_BAUDERATE, m_pImpl->cookie,
-      reinterpret_cast<const CLINT8*>(&BaudRate), sizeof BaudRate, m_pImpl->timeout);
-  m_pImpl->driver->Check(status, "Setting the baud rate", m_pImpl->cookie);
-}
-
-CLUINT32 CCLPort::GetDeviceBauderate() {
-  std::lock_guard<std::recursive_mutex> lock(m_pImpl->mutex);
-  m_pImpl->RequireConnected("GetDeviceBauderate");
-  if (!m_pImpl->driver->SupportsParam(CLP_DEVICE_BAUDERATE)) return CL_BAUDRATE_9600;
-  CLUINT32 value = 0;
-  const CLINT32 status = m_pImpl->driver->Functions().GetParam(
-      m_pImpl->serial, CLP_DEVICE_BAUDERATE, m_pImpl->cookie, reinterpret_cast<CLINT8*>(&value),
-      sizeof value, m_pImpl->timeout);
-  m_pImpl->driver->Check(status, "Reading the baud rate", m_pImpl->cookie);
-  return value;
-}
-
-CLUINT32 CCLPort::SupportedBaudrates() {
-  std::lock_guard<std::recursive_mutex> lock(m_pImpl->mutex);
-  m_pImpl->RequireConnected("SupportedBaudrates");
-  if (!m_pImpl->driver->SupportsParam(CLP_DEVICE_SUPPORTED_BAUDERATES)) return CL_BAUDRATE_9600;
-  CLUINT32 value = 0;
-  const CLINT32 status = m_pImpl->driver->Functions().GetParam(
-      m_pImpl->serial, CLP_DEVICE_SUPPORTED_BAUDERATES, m_pImpl->cookie,
-      reinterpret_cast<CLINT8*>(&value), sizeof value, m_pImpl->timeout);
-  m_pImpl->driver->Check(status, "Reading the supported baud rates", m_pImpl->cookie);
-  return value;
-}
+// ---- events ----
 
 CLINT32 CCLPort::GetEvent(void* buffer, CLUINT32* bufferSize) {
   std::lock_guard<std::recursive_mutex> lock(m_pImpl->mutex);
@@ -376,13 +253,27 @@ void CCLPort::Write(const void* pBuffer, int64_t Address, int64_t Length) {
     throw INVALID_ARGUMENT_EXCEPTION("Write: invalid buffer, address or length");
   }
   const auto& f = m_pImpl->driver->Functions();
+  m_pImpl->lastWriteWarning.clear();
   CLINT32 status = f.WriteRegister(m_pImpl->serial, m_pImpl->cookie, Address,
                                    static_cast<const CLINT8*>(pBuffer), Length, m_pImpl->timeout);
   // The driver bounds the total wait; it ends the loop with a final status.
   while (status == CL_ERR_PENDING_WRITE) {
     status = f.ContinueWriteRegister(m_pImpl->serial, m_pImpl->cookie, 1, m_pImpl->timeout);
   }
+  if (status == kWrittenWithWarning) {
+    // Written: the device only added a warning, kept for whoever asks.
+    const DriverLibrary& driver = *m_pImpl->driver;
+    m_pImpl->lastWriteWarning = "(Code: " + std::to_string(status) + ") " +
+                                driver.ErrorText(status) + ": " +
+                                driver.ErrorText(CL_ERR_GET_LAST_ERROR, m_pImpl->cookie);
+    return;
+  }
   m_pImpl->driver->Check(status, "Write", m_pImpl->cookie);
+}
+
+gcstring CCLPort::GetLastWriteWarning() const {
+  std::lock_guard<std::recursive_mutex> lock(m_pImpl->mutex);
+  return gcstring(m_pImpl->lastWriteWarning);
 }
 
 // ---- ISerial, forwarded to the connected port ----

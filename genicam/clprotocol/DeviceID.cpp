@@ -26,6 +26,11 @@ bool isIdentifierText(const std::string& text) {
   return true;
 }
 
+// The rule for device-ID tokens: C identifiers, so not empty and not starting with a digit.
+bool isCIdentifier(const std::string& text) {
+  return !text.empty() && !(text[0] >= '0' && text[0] <= '9') && isIdentifierText(text);
+}
+
 std::vector<std::string> split(const std::string& text) {
   std::vector<std::string> tokens;
   size_t start = 0;
@@ -115,9 +120,10 @@ gcstring CDeviceID::GetDeviceID(bool ReplaceEnvironmentVariables) const {
 }
 
 gcstring CDeviceID::GetDriverPath(bool ReplaceEnvironmentVariables) const {
-  if (!m_HasDriver) return gcstring();
+  // Without a directory there is no path: a bare file name would let the loader pick any
+  // library of that name from its search path.
   const gcstring directory = GetDriverDirectory(ReplaceEnvironmentVariables);
-  if (directory.empty()) return GetDriverFileName();
+  if (!m_HasDriver || directory.empty()) return gcstring();
   return directory + "/" + GetDriverFileName();
 }
 
@@ -133,6 +139,14 @@ gcstring CDeviceID::GetCameraModel() const { return Token(didCameraModel); }
 gcstring CDeviceID::GetCameraVersion() const { return Token(didCameraVersion); }
 gcstring CDeviceID::GetCameraSerialNumber() const { return Token(didCameraSerialNumber); }
 bool CDeviceID::HasDriver() const { return m_HasDriver; }
+
+bool CDeviceID::HasIdentifierTokens() const {
+  if (m_NumTokens <= kDriverTokens) return false;
+  for (size_t i = kDriverTokens; i < m_NumTokens; ++i) {
+    if (!isCIdentifier(m_DeviceIDTokens[i].c_str())) return false;
+  }
+  return true;
+}
 size_t CDeviceID::GetNumShortTokens() const {
   return m_NumTokens > kDriverTokens ? m_NumTokens - kDriverTokens : 0;
 }

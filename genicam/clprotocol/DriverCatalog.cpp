@@ -20,11 +20,14 @@ namespace fs = std::filesystem;
 struct LoadedDrivers {
   std::mutex mutex;
   std::map<std::string, std::shared_ptr<DriverLibrary>> byPath;
+  std::vector<std::string> diagnostics;
 };
 
+// Never destroyed: unloading drivers while the process exits would call into libraries whose
+// own statics are already gone. Terminate unloads them while everything is alive.
 LoadedDrivers& loaded() {
-  static LoadedDrivers instance;
-  return instance;
+  static LoadedDrivers* const instance = new LoadedDrivers;
+  return *instance;
 }
 
 void anchor() {}
@@ -76,6 +79,7 @@ std::vector<std::string> DriverLocations() {
 
 std::vector<std::string> DriverPaths() {
   std::vector<std::string> paths;
+  std::vector<std::string> files;  // canonical paths of the files listed
   for (const auto& location : DriverLocations()) {
     const fs::path folder = fs::path(location) / kDriverSubfolder;
     std::error_code error;
@@ -96,7 +100,11 @@ std::vector<std::string> DriverPaths() {
         const std::string release = name.substr(0, name.size() - debugSuffix.size()) + ".so";
         if (std::find(names.begin(), names.end(), release) != names.end()) continue;
       }
-      paths.push_back((folder / name).string());
+      const std::string path = (folder / name).string();
+      const std::string file = normalised(path);
+      if (std::find(files.begin(), files.end(), file) != files.end()) continue;
+      files.push_back(file);
+      paths.push_back(path);
     }
   }
   return paths;
@@ -117,12 +125,27 @@ std::vector<std::shared_ptr<DriverLibrary>> LoadAllDrivers() {
   std::vector<std::shared_ptr<DriverLibrary>> drivers;
   for (const auto& path : DriverPaths()) {
     try {
-      drivers.push_back(GetDriver(path));
+      auto driver = GetDriver(path);
+      if (std::find(drivers.begin(), drivers.end(), driver) == drivers.end()) {
+        drivers.push_back(driver);
+      }
     } catch (const GenICam::GenericException&) {
       // Not a usable driver: skipped like any other file.
     }
   }
   return drivers;
+}
+
+void Diagnose(std::vector<std::string> messages) {
+  LoadedDrivers& drivers = loaded();
+  std::lock_guard<std::mutex> lock(drivers.mutex);
+  drivers.diagnostics = std::move(messages);
+}
+
+std::vector<std::string> Diagnostics() {
+  LoadedDrivers& drivers = loaded();
+  std::lock_guard<std::mutex> lock(drivers.mutex);
+  return drivers.diagnostics;
 }
 
 void UnloadDrivers() {

@@ -17,7 +17,8 @@ extern const char* const kDriverSubfolder;
 // Driver locations in search order, without duplicates.
 std::vector<std::string> DriverLocations();
 
-// Paths of the driver binaries in the locations, in search order.
+// Paths of the driver binaries in the locations, in search order; a file reached twice (through
+// a symbolic link, or a location listed under two names) is listed once.
 std::vector<std::string> DriverPaths();
 
 // The loaded driver at `path`, loading it on first use; throws when it cannot be used.
@@ -28,5 +29,10 @@ std::vector<std::shared_ptr<DriverLibrary>> LoadAllDrivers();
 
 // Releases every loaded driver.
 void UnloadDrivers();
+
+// Problems met while looking for drivers and their templates, one sentence each naming the
+// driver; Diagnose replaces the list.
+void Diagnose(std::vector<std::string> messages);
+std::vector<std::string> Diagnostics();
 
 }  // namespace CLProtocol

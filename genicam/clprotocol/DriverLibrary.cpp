@@ -24,6 +24,10 @@ void ThrowDriverError(CLINT32 code, const std::string& what, const std::string& 
 }
 
 std::shared_ptr<DriverLibrary> DriverLibrary::Load(const std::string& path) {
+  if (path.find('/') == std::string::npos) {
+    ThrowDriverError(CL_ERR_UNABLE_TO_LOAD_DLL, "Loading driver '" + path + "'",
+                     "a driver is loaded by its path only");
+  }
   std::string error;
   auto library = vq::platform::SharedLibrary::Open(path, &error);
   if (!library) {
@@ -51,6 +55,7 @@ std::shared_ptr<DriverLibrary> DriverLibrary::Load(const std::string& path) {
   resolve(library, "clpSetParam", f.SetParam);
   resolve(library, "clpIsParamSupported", f.IsParamSupported);
   resolve(library, "clpGetEventData", f.GetEventData);
+  resolve(library, "vxGetXMLSha1", f.GetXMLSha1);
 
   CLUINT32 major = 0;
   CLUINT32 minor = 0;

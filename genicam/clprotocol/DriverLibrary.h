@@ -3,6 +3,7 @@
 #pragma once
 
 #include <CLProtocol/CLProtocol.h>
+#include <CLProtocol/ISerial.h>
 #include <GenICam.h>
 
 #include <vq/platform/shared_library.h>
@@ -31,11 +32,16 @@ struct DriverFunctions {
   decltype(&clpSetParam) SetParam = nullptr;
   decltype(&clpIsParamSupported) IsParamSupported = nullptr;
   decltype(&clpGetEventData) GetEventData = nullptr;
+  // Optional extension: SHA-1 of a description file as the device's manifest gives it.
+  using GetXMLSha1Function = CLINT32(CLPROTOCOL*)(ISerial*, CLUINT32, const CLINT8*, CLINT8*,
+                                                   CLUINT32*, CLUINT32);
+  GetXMLSha1Function GetXMLSha1 = nullptr;
 };
 
 class DriverLibrary {
  public:
-  // Loads and initialises a driver; throws when the file is no usable driver.
+  // Loads and initialises a driver from a path (never a bare file name); throws when the file
+  // is no usable driver.
   static std::shared_ptr<DriverLibrary> Load(const std::string& path);
   ~DriverLibrary();
   DriverLibrary(const DriverLibrary&) = delete;

@@ -3,6 +3,7 @@
 #include <map>
 #include <mutex>
 
+#include "DescriptionCache.h"
 #include "DriverLibrary.h"
 #include "ErrorTexts.h"
 
@@ -13,6 +14,9 @@ namespace {
 struct Port {
   ISerialAdapter* adapter = nullptr;
   bool open = false;
+  std::shared_ptr<DriverLibrary> probedDriver;
+  CLUINT32 probedCookie = 0;
+  std::string probedID;
 };
 
 struct Ports {
@@ -20,12 +24,22 @@ struct Ports {
   std::map<std::string, Port> byID;
 };
 
+// Never destroyed: at exit the drivers' own statics may already be gone, so a kept probe
+// connection must not be disconnected from a destructor.
 Ports& ports() {
-  static Ports instance;
-  return instance;
+  static Ports* const instance = new Ports;
+  return *instance;
+}
+
+void dropProbed(Port& port) {
+  if (port.probedDriver && port.probedCookie != 0) port.probedDriver->Functions().Disconnect(port.probedCookie);
+  port.probedDriver.reset();
+  port.probedCookie = 0;
+  port.probedID.clear();
 }
 
 void close(Port& port) {
+  dropProbed(port);
   if (port.open && port.adapter != nullptr) port.adapter->SerialClose();
   port.open = false;
 }
@@ -41,7 +55,7 @@ std::string PortRegistry::Register(const std::string& name, ISerialAdapter* adap
     if (it->second.adapter != adapter) close(it->second);
     it->second.adapter = adapter;
   } else {
-    p.byID[portID] = Port{adapter, false};
+    p.byID[portID].adapter = adapter;
   }
   return portID;
 }
@@ -53,13 +67,50 @@ void PortRegistry::Unregister(const std::string& portID) {
   if (it == p.byID.end()) return;
   close(it->second);
   p.byID.erase(it);
+  DescriptionCache::ForgetPort(portID);
 }
 
 void PortRegistry::UnregisterAll() {
   Ports& p = ports();
   std::lock_guard<std::mutex> lock(p.mutex);
-  for (auto& entry : p.byID) close(entry.second);
+  for (auto& entry : p.byID) {
+    close(entry.second);
+    DescriptionCache::ForgetPort(entry.first);
+  }
   p.byID.clear();
+}
+
+void PortRegistry::KeepProbed(const std::string& portID, std::shared_ptr<DriverLibrary> driver,
+                              CLUINT32 cookie, const std::string& deviceID) {
+  Ports& p = ports();
+  std::lock_guard<std::mutex> lock(p.mutex);
+  auto it = p.byID.find(portID);
+  if (it == p.byID.end()) {
+    if (cookie != 0) driver->Functions().Disconnect(cookie);
+    return;
+  }
+  dropProbed(it->second);
+  it->second.probedDriver = std::move(driver);
+  it->second.probedCookie = cookie;
+  it->second.probedID = deviceID;
+}
+
+CLUINT32 PortRegistry::TakeProbed(const std::string& portID, const DriverLibrary& driver,
+                                  const std::string& deviceID) {
+  Ports& p = ports();
+  std::lock_guard<std::mutex> lock(p.mutex);
+  auto it = p.byID.find(portID);
+  if (it == p.byID.end()) return 0;
+  Port& port = it->second;
+  if (port.probedDriver.get() == &driver && port.probedID == deviceID && port.probedCookie != 0) {
+    const CLUINT32 cookie = port.probedCookie;
+    port.probedDriver.reset();
+    port.probedCookie = 0;
+    port.probedID.clear();
+    return cookie;
+  }
+  dropProbed(port);
+  return 0;
 }
 
 std::vector<std::string> PortRegistry::PortIDs() {

@@ -4,10 +4,13 @@
 
 #include <CLProtocol/ISerialAdapter.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace CLProtocol {
+
+class DriverLibrary;
 
 class PortRegistry {
  public:
@@ -18,6 +21,16 @@ class PortRegistry {
   static ISerialAdapter* Find(const std::string& portID);
   // The adapter, opened; throws when the port is unknown or does not open.
   static ISerialAdapter* Open(const std::string& portID);
+
+  // The connection a probe opened, kept for the Connect that usually follows so that it need
+  // not identify the device again. A newer probe on the port, unregistering it, or Terminate
+  // disconnects it.
+  static void KeepProbed(const std::string& portID, std::shared_ptr<DriverLibrary> driver,
+                         CLUINT32 cookie, const std::string& deviceID);
+  // The kept cookie when it was probed with `driver` for `deviceID`, else 0; either way the
+  // port keeps none afterwards.
+  static CLUINT32 TakeProbed(const std::string& portID, const DriverLibrary& driver,
+                             const std::string& deviceID);
 };
 
 }  // namespace CLProtocol

@@ -25,6 +25,13 @@ std::optional<speed_t> SpeedCode(std::uint32_t baudRate) {
   return std::nullopt;
 }
 
+std::uint32_t RateOfSpeedCode(speed_t code) {
+  for (const BaudRateCode& entry : kBaudRates) {
+    if (entry.code == code) return entry.rate;
+  }
+  return 0;
+}
+
 std::vector<std::uint32_t> KnownBaudRates() {
   std::vector<std::uint32_t> rates;
   rates.reserve(std::size(kBaudRates));

@@ -13,6 +13,8 @@ namespace vq::platform::posix {
 // The termios code of a baud rate, or nothing when the rate is not supported.
 std::optional<speed_t> SpeedCode(std::uint32_t baudRate);
 std::vector<std::uint32_t> KnownBaudRates();
+// The baud rate of a termios code, 0 for a code not in the table.
+std::uint32_t RateOfSpeedCode(speed_t code);
 
 }  // namespace vq::platform::posix
 

@@ -3,9 +3,11 @@
 
 #include <fcntl.h>
 #include <stdlib.h>
+#include <termios.h>
 
 #include <utility>
 
+#include "baud_rates.h"
 #include "fd_io.h"
 
 namespace vq::platform {
@@ -80,6 +82,12 @@ bool PseudoTerminal::Open(std::string* error) {
   slaveHandle_ = slave;
   slavePath_ = path;
   return true;
+}
+
+std::uint32_t PseudoTerminal::SlaveBaudRate() const {
+  termios settings{};
+  if (slaveHandle_ < 0 || tcgetattr(static_cast<int>(slaveHandle_), &settings) != 0) return 0;
+  return posix::RateOfSpeedCode(cfgetospeed(&settings));
 }
 
 void PseudoTerminal::Close() {

@@ -16,18 +16,6 @@ namespace mf = gencp::manifest;
 
 namespace {
 
-std::vector<uint8_t> fixedString(const std::string& text) {
-  std::vector<uint8_t> bytes(abrm::kStringSize, 0);
-  std::copy_n(text.begin(), std::min<std::size_t>(text.size(), abrm::kStringSize), bytes.begin());
-  return bytes;
-}
-
-std::vector<uint8_t> u64Bytes(uint64_t value) {
-  std::vector<uint8_t> bytes(8);
-  gencp::writeU64(bytes.data(), value);
-  return bytes;
-}
-
 bool singleBit(uint32_t v) { return v != 0 && (v & (v - 1)) == 0; }
 
 constexpr uint64_t kUsPerMs = 1000;
@@ -53,56 +41,9 @@ void Device::putU32(uint64_t address, uint32_t value) {
   space_.poke(address, bytes);
 }
 
-void Device::buildBootstrap() {
-  auto addString = [this](uint64_t address, const std::string& text, Access access) {
-    space_.add(address, abrm::kStringSize, access);
-    space_.poke(address, fixedString(text));
-  };
-  space_.add(abrm::kGenCPVersion, 4, Access::RO);
-  putU32(abrm::kGenCPVersion, kGenCPVersion);
-  addString(abrm::kManufacturerName, profile_.manufacturer, Access::RO);
-  addString(abrm::kModelName, profile_.model, Access::RO);
-  addString(abrm::kFamilyName, profile_.family, Access::RO);
-  addString(abrm::kDeviceVersion, profile_.version, Access::RO);
-  addString(abrm::kManufacturerInfo, profile_.manufacturerInfo, Access::RO);
-  addString(abrm::kSerialNumber, profile_.serialNumber, Access::RO);
-  addString(abrm::kUserDefinedName, profile_.userName, Access::RW);
-  const uint64_t capabilities = abrm::kCapUserDefinedName | abrm::kCapFamilyName | abrm::kCapSbrm |
-                                abrm::kCapEndiannessRegister | abrm::kCapWrittenLength;
-  space_.add(abrm::kDeviceCapability, 8, Access::RO);
-  space_.poke(abrm::kDeviceCapability, u64Bytes(capabilities));
-  space_.add(abrm::kMaxDeviceResponseTime, 4, Access::RO);
-  putU32(abrm::kMaxDeviceResponseTime, profile_.maxResponseTimeMs);
-  space_.add(abrm::kManifestTableAddress, 8, Access::RO);
-  space_.poke(abrm::kManifestTableAddress, u64Bytes(kManifestAddress));
-  space_.add(abrm::kSbrmAddress, 8, Access::RO);
-  space_.poke(abrm::kSbrmAddress, u64Bytes(kSbrmAddress));
-  space_.add(abrm::kDeviceConfiguration, 8, Access::RW);
-  space_.add(abrm::kImplementationEndianness, 4, Access::RO);  // 0: big-endian
-  // Serial bootstrap block.
-  space_.add(kSbrmAddress + gencp::sbrm::kSupportedBaudrates, 4, Access::RO);
-  putU32(kSbrmAddress + gencp::sbrm::kSupportedBaudrates, profile_.supportedBaudRates);
-  space_.add(kSbrmAddress + gencp::sbrm::kCurrentBaudrate, 4, Access::RW);
-  putU32(kSbrmAddress + gencp::sbrm::kCurrentBaudrate, currentBaud_);
-}
-
-void Device::buildManifest() {
-  std::vector<uint8_t> table(mf::kHeaderSize + mf::kEntrySize, 0);
-  gencp::writeU64(table.data(), 1);
-  uint8_t* entry = table.data() + mf::kHeaderSize;
-  const auto& d = description_;
-  gencp::writeU32(entry + mf::kFileVersion, (d.fileMajor & 0xFF) << 24 |
-                                                (d.fileMinor & 0xFF) << 16 |
-                                                (d.fileSubMinor & 0xFFFF));
-  const uint32_t format = profile_.zipDescription ? mf::kFormatZip : mf::kFormatUncompressed;
-  gencp::writeU32(entry + mf::kSchemaAndFormat,
-                  (d.schemaMajor & 0xFF) << 24 | (d.schemaMinor & 0xFF) << 16 | format << 10);
-  gencp::writeU64(entry + mf::kFileAddress, kDescriptionFileAddress);
-  gencp::writeU64(entry + mf::kFileSize, file_.size());
-  space_.add(kManifestAddress, table.size(), Access::RO);
-  space_.poke(kManifestAddress, table);
-  space_.add(kDescriptionFileAddress, file_.size(), Access::RO);
-  space_.poke(kDescriptionFileAddress, file_);
+uint64_t Device::readNumber(uint64_t address, std::size_t size) const {
+  std::vector<uint8_t> bytes;
+  return space_.peek(address, size, bytes) ? gencp::readUnsigned(bytes.data(), size) : 0;
 }
 
 // Registers inside the bootstrap, the serial block, the manifest or the file are served by
@@ -146,13 +87,26 @@ Outcome Device::read(uint64_t address, uint64_t length) const {
   return outcome;
 }
 
+// Outside the bootstrap block the device only takes writes from the host that opened it.
+bool Device::needsPrivilege(uint64_t address) const {
+  return address >= abrm::kAbrmEnd && accessPrivilege() != kPrivilegeOpen;
+}
+
 Outcome Device::write(uint64_t address, const std::vector<uint8_t>& data) {
+  if (needsPrivilege(address)) return Outcome{gencp::kStatusAccessDenied, {}, 0, 0};
   if (address == kSbrmAddress + gencp::sbrm::kCurrentBaudrate && data.size() == 4) {
     return writeBaudRate(data);
+  }
+  if ((address == abrm::kAccessPrivilege || address == abrm::kHeartbeatTimeout) &&
+      data.size() == 4 && profile_.heartbeatTimeoutMs != 0) {
+    return writeBootstrapNumber(address, data);
   }
   Outcome outcome;
   outcome.status = space_.write(address, data);
   if (outcome.status != gencp::kStatusSuccess) return outcome;
+  if (address < abrm::kDeviceConfiguration + 8 && address + data.size() > abrm::kDeviceConfiguration) {
+    hostActivity();  // the heartbeat was switched on or off
+  }
   const auto command = commands_.find(address);
   if (command != commands_.end()) return writeCommand(command->second, data);
   return outcome;
@@ -170,7 +124,46 @@ Outcome Device::writeBaudRate(const std::vector<uint8_t>& data) {
     return outcome;
   }
   outcome.switchBaudTo = requested;
+  outcome.processingMs = profile_.baudSwitchMs;
   return outcome;
+}
+
+// Access privilege takes Available or Open; a heartbeat time-out of zero is refused.
+Outcome Device::writeBootstrapNumber(uint64_t address, const std::vector<uint8_t>& data) {
+  Outcome outcome;
+  const uint32_t value = gencp::readU32(data.data());
+  const bool valid = address == abrm::kAccessPrivilege
+                         ? value == kPrivilegeAvailable || value == kPrivilegeOpen
+                         : value != 0;
+  if (!valid) {
+    outcome.status = gencp::kStatusInvalidParameter;
+    return outcome;
+  }
+  putU32(address, value);
+  hostActivity();
+  return outcome;
+}
+
+void Device::hostActivity() {
+  heartbeatDueUs_ = heartbeatEnabled() && !heartbeatSuspended_
+                        ? nowUs_ + readNumber(abrm::kHeartbeatTimeout, 4) * kUsPerMs
+                        : UINT64_MAX;
+}
+
+void Device::suspendHeartbeat(bool suspended) {
+  heartbeatSuspended_ = suspended;
+  hostActivity();
+}
+
+// Nobody spoke within the heartbeat time-out: the host is gone, so the device frees itself
+// and returns to the rate a new host starts with.
+void Device::expireHeartbeat() {
+  heartbeatDueUs_ = UINT64_MAX;
+  ++heartbeatExpiries_;
+  putU32(abrm::kAccessPrivilege, kPrivilegeAvailable);
+  currentBaud_ = gencp::kBaud9600;
+  confirmation_.active = false;
+  putU32(kSbrmAddress + gencp::sbrm::kCurrentBaudrate, currentBaud_);
 }
 
 void Device::commitBaudSwitch(uint32_t newRateBit) {
@@ -217,13 +210,18 @@ void Device::schedule(uint64_t dueUs, std::function<void()> action) {
 }
 
 uint64_t Device::nextTimerUs() const {
-  return timers_.empty() ? UINT64_MAX : timers_.begin()->first;
+  const uint64_t timer = timers_.empty() ? UINT64_MAX : timers_.begin()->first;
+  return std::min(timer, heartbeatDueUs_);
 }
 
 void Device::advanceTo(uint64_t nowUs) {
-  while (!timers_.empty() && timers_.begin()->first <= nowUs) {
+  for (uint64_t due; (due = nextTimerUs()) <= nowUs;) {
+    nowUs_ = std::max(nowUs_, due);
+    if (due == heartbeatDueUs_) {
+      expireHeartbeat();
+      continue;
+    }
     auto node = timers_.extract(timers_.begin());
-    nowUs_ = std::max(nowUs_, node.key());
     node.mapped()();
   }
   nowUs_ = std::max(nowUs_, nowUs);
@@ -231,10 +229,8 @@ void Device::advanceTo(uint64_t nowUs) {
 
 void Device::powerCycle() {
   timers_.clear();
-  confirmation_ = Confirmation{};
   space_.restoreFrom(stored_);
-  currentBaud_ = gencp::kBaud9600;
-  putU32(kSbrmAddress + gencp::sbrm::kCurrentBaudrate, currentBaud_);
+  resetLinkState();
 }
 
 }  // namespace vq::sim

@@ -31,6 +31,14 @@ uint32_t toU32(const std::string& key, const std::string& value) {
   return static_cast<uint32_t>(*number);
 }
 
+uint32_t encodingCode(const std::string& name) {
+  if (name.empty() || name == "ascii") return 0;
+  if (name == "utf8") return 1;
+  if (name == "utf16") return 2;
+  throw ProfileError("profile key 'string_encoding' must be ascii, utf8 or utf16, got '" + name +
+                     "'");
+}
+
 std::map<std::string, std::string> parseIni(const std::string& text) {
   std::map<std::string, std::string> entries;
   forEachContentLine(text, [&](const std::string& line, int lineNumber) {
@@ -84,20 +92,26 @@ Profile parseProfile(const std::string& iniText, const std::string& directory) {
     throw ProfileError(
         "profile key 'baud_rates' must include 9600 (bit 0x01) and only bits 0x01..0x80");
   }
-  if (!take("max_response_time_ms").empty()) {
-    profile.maxResponseTimeMs = toU32("max_response_time_ms", take("max_response_time_ms"));
+  struct NumberKey {
+    const char* key;
+    uint32_t* target;
+  };
+  for (const NumberKey& number : {NumberKey{"max_response_time_ms", &profile.maxResponseTimeMs},
+                                  NumberKey{"command_delay_ms", &profile.commandDelayMs},
+                                  NumberKey{"save_time_ms", &profile.saveTimeMs},
+                                  NumberKey{"gencp_version", &profile.gencpVersion},
+                                  NumberKey{"heartbeat_timeout_ms", &profile.heartbeatTimeoutMs},
+                                  NumberKey{"baud_switch_ms", &profile.baudSwitchMs}}) {
+    const std::string value = take(number.key);
+    if (!value.empty()) *number.target = toU32(number.key, value);
   }
-  if (!take("command_delay_ms").empty()) {
-    profile.commandDelayMs = toU32("command_delay_ms", take("command_delay_ms"));
-  }
+  profile.stringEncoding = encodingCode(take("string_encoding"));
   profile.saveCommand = take("save_command");
-  if (!take("save_time_ms").empty())
-    profile.saveTimeMs = toU32("save_time_ms", take("save_time_ms"));
   return profile;
 }
 
-Profile loadProfile(const std::string& directory) {
-  return parseProfile(readFile(joinPath(directory, "profile.ini")), directory);
+Profile loadProfile(const std::string& directory, const std::string& overrides) {
+  return parseProfile(readFile(joinPath(directory, "profile.ini")) + "\n" + overrides, directory);
 }
 
 std::string findDefaultProfile(const std::string& programPath) {

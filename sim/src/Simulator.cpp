@@ -89,6 +89,7 @@ void Simulator::expireStalePacket() {
 void Simulator::handle(const gencp::Packet& command) {
   if (command.channelId != gencp::kControlChannel || command.isAck()) return;
   ++stats_.commands;
+  device_.hostActivity();
   if (deferred_) {
     if (command.requestId == deferred_->requestId) {
       if (deferred_->pending) sendPending(command.requestId, deferred_->dueUs - nowUs());
@@ -135,6 +136,7 @@ void Simulator::execute(const gencp::Packet& command) {
   deferred.switchBaudTo = outcome.switchBaudTo;
   deferred.pending = delayMs > device_.maxResponseTimeMs();
   deferred_ = deferred;
+  device_.suspendHeartbeat(true);
   if (deferred.pending) sendPending(command.requestId, uint64_t{delayMs} * 1000);
 }
 
@@ -220,6 +222,7 @@ std::size_t Simulator::transmit(uint8_t* out, std::size_t max) {
 void Simulator::finishDeferred() {
   Deferred done = std::move(*deferred_);
   deferred_.reset();
+  device_.suspendHeartbeat(false);
   answer(done.answer, done.switchBaudTo);
 }
 

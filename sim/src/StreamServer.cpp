@@ -7,6 +7,7 @@
 #include <mutex>
 #include <thread>
 
+#include "vq/gencp/Constants.h"
 #include "vq/platform/pseudo_terminal.h"
 #include "vq/platform/sleep.h"
 
@@ -49,6 +50,9 @@ std::string serve(Simulator& sim, ByteChannel& channel, const ServeOptions& opti
                                                   std::chrono::steady_clock::now() - start)
                                                   .count());
     if (simStart + realUs > sim.nowUs()) sim.advanceTo(simStart + realUs);
+    const uint32_t hostRate = channel.hostBaudRate();
+    sim.setHostFollowsDevice(hostRate == 0);
+    if (hostRate != 0) sim.setHostBaudRate(hostRate);
     if (got > 0) {
       if (options.pace) pacer.add(Simulator::byteSeconds(sim.hostBaudRate()) * got);
       sim.receive(in, static_cast<std::size_t>(got));
@@ -57,6 +61,7 @@ std::string serve(Simulator& sim, ByteChannel& channel, const ServeOptions& opti
       if (options.pace) pacer.add(Simulator::byteSeconds(sim.device().baudRate()) * n);
       if (!channel.write(out, n, error)) return error.empty() ? "output failed" : error;
     }
+    if (options.afterRound) options.afterRound(sim);
   }
   return std::string();
 }
@@ -64,6 +69,10 @@ std::string serve(Simulator& sim, ByteChannel& channel, const ServeOptions& opti
 int64_t PseudoTerminalChannel::readSome(uint8_t* buffer, std::size_t size, uint32_t timeoutMs,
                                         std::string& error) {
   return terminal_.ReadSome(buffer, size, timeoutMs, &error);
+}
+
+uint32_t PseudoTerminalChannel::hostBaudRate() const {
+  return gencp::baudRateToBit(terminal_.SlaveBaudRate());
 }
 
 bool PseudoTerminalChannel::write(const uint8_t* data, std::size_t size, std::string& error) {

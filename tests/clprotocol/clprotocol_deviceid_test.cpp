@@ -40,14 +40,15 @@ TEST_P(DeviceIDTable, SplitsIntoFields) {
   if (c.valid) {
     EXPECT_STREQ(c.text, id.GetDeviceID(false).c_str());
   }
+  vq::platform::UnsetEnv("VQ_CLP_UNSET");
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Table, DeviceIDTable,
     ::testing::Values(
-        DeviceIDCase{"FullID", "/opt/clp/Linux64_x64#libCLProtocolGenCP.so#KORVA#AreaScan#A2040M#1_4_2#KA2040M_00117",
+        DeviceIDCase{"FullID", "/opt/clp/Linux64_x64#libCLProtocolGenCP.so#KORVA#AreaScan#A2040M#_1_4_2#KA2040M_00117",
                      true, "/opt/clp/Linux64_x64", "libCLProtocolGenCP.so", "KORVA", "AreaScan",
-                     "A2040M", "1_4_2", "KA2040M_00117", "KORVA#AreaScan#A2040M#1_4_2#KA2040M_00117",
+                     "A2040M", "_1_4_2", "KA2040M_00117", "KORVA#AreaScan#A2040M#_1_4_2#KA2040M_00117",
                      "/opt/clp/Linux64_x64/libCLProtocolGenCP.so"},
         DeviceIDCase{"FullTemplateWithModel", "/d/Linux64_x64#libX.so#KORVA#LineScan#L4096", true,
                      "/d/Linux64_x64", "libX.so", "KORVA", "LineScan", "L4096", "", "",
@@ -56,11 +57,11 @@ INSTANTIATE_TEST_SUITE_P(
                      "KORVA", "", "", "", "", "KORVA", "/d/libX.so"},
         DeviceIDCase{"FullIDWithoutSerial", "/d#libX.so#Acme#Fam#Mod#Ver_2a", true, "/d", "libX.so",
                      "Acme", "Fam", "Mod", "Ver_2a", "", "Acme#Fam#Mod#Ver_2a", "/d/libX.so"},
-        DeviceIDCase{"EmptyFamily", "/d#libX.so#Acme##Mod", true, "/d", "libX.so", "Acme", "",
-                     "Mod", "", "", "Acme##Mod", "/d/libX.so"},
-        DeviceIDCase{"ShortID", "KORVA#AreaScan#A2040M#1_4_2#KA2040M_00117", true, "", "", "KORVA",
-                     "AreaScan", "A2040M", "1_4_2", "KA2040M_00117",
-                     "KORVA#AreaScan#A2040M#1_4_2#KA2040M_00117", ""},
+        DeviceIDCase{"ShortID", "KORVA#AreaScan#A2040M#_1_4_2#KA2040M_00117", true, "", "", "KORVA",
+                     "AreaScan", "A2040M", "_1_4_2", "KA2040M_00117",
+                     "KORVA#AreaScan#A2040M#_1_4_2#KA2040M_00117", ""},
+        DeviceIDCase{"NoDirectoryNoPath", "$(VQ_CLP_UNSET)#libX.so#Acme", true, "", "libX.so",
+                     "Acme", "", "", "", "", "Acme", ""},
         DeviceIDCase{"ShortTemplate", "KORVA#AreaScan", true, "", "", "KORVA", "AreaScan", "", "",
                      "", "KORVA#AreaScan", ""},
         DeviceIDCase{"ManufacturerOnly", "KORVA", true, "", "", "KORVA", "", "", "", "", "KORVA", ""},
@@ -76,8 +77,27 @@ INSTANTIATE_TEST_SUITE_P(
                      "", "", ""},
         DeviceIDCase{"DottedVersion", "/d#libX.so#Acme#Fam#Mod#1.2.3", false, "", "", "", "", "",
                      "", "", "", ""},
+        DeviceIDCase{"EmptyFamily", "/d#libX.so#Acme##Mod", true, "/d", "libX.so", "Acme", "",
+                     "Mod", "", "", "Acme##Mod", "/d/libX.so"},
         DeviceIDCase{"OnlySeparators", "###", false, "", "", "", "", "", "", "", "", ""}),
     [](const auto& info) { return std::string(info.param.name); });
+
+// Tokens that parse may still break the rule device IDs follow: C identifiers only.
+TEST(DeviceID, TokensFollowTheIdentifierRule) {
+  const struct {
+    const char* text;
+    bool identifiers;
+  } cases[] = {{"/d#libX.so#KORVA#AreaScan#A2040M#_1_4_2#SN_1", true},
+               {"KORVA", true},
+               {"/d#libX.so#Acme##Mod", false},
+               {"/d#libX.so#Acme#Fam#Mod#1_2_3", false},
+               {"KORVA#2040", false}};
+  for (const auto& c : cases) {
+    CLProtocol::CDeviceID id;
+    ASSERT_TRUE(id.FromString(c.text)) << c.text;
+    EXPECT_EQ(c.identifiers, id.HasIdentifierTokens()) << c.text;
+  }
+}
 
 TEST(DeviceID, ExpandsEnvironmentReferencesInTheDirectory) {
   ASSERT_TRUE(vq::platform::SetEnv("VQ_CLP_TEST_ROOT", "/opt/cams"));

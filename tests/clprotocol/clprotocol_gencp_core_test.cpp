@@ -27,13 +27,39 @@ TEST_P(Tokens, KeepOnlyIdentifierCharacters) {
   EXPECT_EQ(GetParam().token, toIdentifierToken(GetParam().raw));
 }
 
+// Tokens are C identifiers: never empty, never starting with a digit.
 INSTANTIATE_TEST_SUITE_P(Table, Tokens,
-                         ::testing::Values(TokenCase{"KORVA", "KORVA"}, TokenCase{"1.4.2", "1_4_2"},
+                         ::testing::Values(TokenCase{"KORVA", "KORVA"}, TokenCase{"1.4.2", "_1_4_2"},
                                            TokenCase{"KA2040M-00117", "KA2040M_00117"},
                                            TokenCase{"  Area  Scan ", "Area_Scan"},
                                            TokenCase{"a_b", "a_b"}, TokenCase{"a_.b", "a__b"},
-                                           TokenCase{"--", ""}, TokenCase{"", ""},
+                                           TokenCase{"--", "_"}, TokenCase{"", "_"},
+                                           TokenCase{"K\xC3\xB6rva", "K_rva"},
                                            TokenCase{"Ver 2a (beta)", "Ver_2a_beta"}));
+
+struct StringCase {
+  std::vector<uint8_t> bytes;
+  uint32_t encoding;
+  const char* text;
+};
+
+class Strings : public ::testing::TestWithParam<StringCase> {};
+
+TEST_P(Strings, DecodeWholeInTheirEncoding) {
+  const auto& c = GetParam();
+  EXPECT_EQ(c.text, registerString(c.bytes.data(), c.bytes.size(), c.encoding));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, Strings,
+    ::testing::Values(StringCase{{'K', 'O', 0, 'X'}, kEncodingAscii, "KO"},
+                      StringCase{{'K', 'O', 'R'}, kEncodingUtf8, "KOR"},
+                      StringCase{{0, 'K', 0, 'O', 0, 0, 0, 'X'}, kEncodingUtf16, "KO"},
+                      StringCase{{'K', 0, 'O', 0, 0, 0}, kEncodingUtf16, "KO"},
+                      StringCase{{0xFF, 0xFE, 'K', 0, 0xF6, 0}, kEncodingUtf16, "K\xC3\xB6"},
+                      StringCase{{0xD8, 0x3D, 0xDE, 0x00, 0, 'A'}, kEncodingUtf16,
+                                 "\xF0\x9F\x98\x80" "A"},
+                      StringCase{{0, 'K', 0}, kEncodingUtf16, "K"}));
 
 struct MatchCase {
   const char* shortTemplate;
@@ -52,8 +78,8 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(MatchCase{"KORVA", "KORVA#AreaScan#A2040M#1_4_2#SN", true},
                       MatchCase{"KORVA#AreaScan", "KORVA#AreaScan#A2040M#1_4_2#SN", true},
                       MatchCase{"KORVA#Area", "KORVA#AreaScan#A2040M#1_4_2#SN", false},
-                      MatchCase{"KORVA#AreaScan#A2040M#1_4_2#SN", "KORVA#AreaScan#A2040M#1_4_2#SN", true},
-                      MatchCase{"KORVA#AreaScan#A2040M#1_4_2#SN#X", "KORVA#AreaScan#A2040M#1_4_2#SN", false},
+                      MatchCase{"KORVA#AreaScan#A2040M#V1#SN", "KORVA#AreaScan#A2040M#V1#SN", true},
+                      MatchCase{"KORVA#AreaScan#A2040M#V1#SN#X", "KORVA#AreaScan#A2040M#V1#SN", false},
                       MatchCase{"korva", "KORVA#AreaScan", false}, MatchCase{"", "KORVA", false}));
 
 TEST(XmlIds, RoundTripAndRejectMalformedText) {
@@ -79,6 +105,9 @@ TEST(XmlIds, PreferHigherSchemaThenLongerTemplateThenHigherVersion) {
   EXPECT_TRUE(preferredOver(a, b));
   EXPECT_TRUE(preferredOver(c, a));
   EXPECT_FALSE(preferredOver(a, a));
+  EXPECT_TRUE(isSupportedSchema(b));
+  EXPECT_FALSE(isSupportedSchema(*XmlId::parse("SchemaVersion.99.0@KORVA@XMLVersion.9.0.0")));
+  EXPECT_FALSE(isSupportedSchema(*XmlId::parse("SchemaVersion.1.2@KORVA@XMLVersion.9.0.0")));
 }
 
 TEST(DeviceList, SkipsCommentsBlanksAndInvalidLines) {

@@ -3,6 +3,8 @@
 #include <CLProtocol/CLPort.h>
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
@@ -79,6 +81,38 @@ TEST_F(Port, ReadsDriverLocationsFromTheEnvironmentWithEitherSeparator) {
     ASSERT_TRUE(vq::platform::SetEnv("GENICAM_CLPROTOCOL", list));
     EXPECT_EQ(own, Templates()) << list;  // same drivers, each once
   }
+}
+
+// A driver offering malformed templates: they are left out, and the diagnostics name the
+// driver; a driver reached again through a symbolic link is listed once.
+TEST_F(Port, DropsMalformedTemplatesAndListsEachDriverOnce) {
+  namespace fs = std::filesystem;
+  const fs::path root = fs::path(::testing::TempDir()) / ("clp_drivers_" + std::to_string(getpid()));
+  fs::remove_all(root);
+  fs::create_directories(root / "a" / "Linux64_x64");
+  fs::create_directories(root / "b" / "Linux64_x64");
+  fs::copy_file(VQ_FAKE_DRIVER, root / "a" / "Linux64_x64" / "libCLProtocolFake.so");
+  fs::create_symlink(DriverDirectory() + "/libCLProtocolGenCP.so",
+                     root / "b" / "Linux64_x64" / "libCLProtocolGenCP.so");
+  ASSERT_TRUE(vq::platform::SetEnv("GENICAM_CLPROTOCOL",
+                                   (root / "a").string() + ":" + (root / "b").string()));
+  const auto templates = Templates();
+  const std::string fake = fs::canonical(root / "a" / "Linux64_x64").string() + "#libCLProtocolFake.so#";
+  std::vector<std::string> offered;
+  for (const auto& t : templates) {
+    if (t.rfind(fake, 0) == 0) offered.push_back(t.substr(fake.size()));
+  }
+  EXPECT_EQ((std::vector<std::string>{"ACME#Cam", "ACME#Cam#M1"}), offered);
+  GenICam::gcstring_vector messages;
+  CLProtocol::CCLPort::GetDiagnostics(messages);
+  ASSERT_EQ(3u, messages.size());
+  for (const auto& message : messages) {
+    EXPECT_NE(std::string::npos, std::string(message.c_str()).find("libCLProtocolFake.so"));
+  }
+  EXPECT_EQ(1, std::count(templates.begin(), templates.end(),
+                          DriverDirectory() + "#libCLProtocolGenCP.so#KORVA#AreaScan#A2040M"));
+  CLProtocol::CCLPort::Terminate();
+  fs::remove_all(root);
 }
 
 TEST_F(Port, SkipsFilesThatAreNotDrivers) {
@@ -192,6 +226,12 @@ INSTANTIATE_TEST_SUITE_P(
                     "(Code: -10098)"},
         FailureCase{"MalformedTemplate",
                     [] { CLProtocol::CCLPort::ProbeDevice("Local#P", "not a device id"); },
+                    "(Code: -20100)"},
+        FailureCase{"NoDriverDirectoryIsNoBareName",
+                    [] {
+                      CLProtocol::CCLPort::ProbeDevice(
+                          "Local#P", "$(VQ_CLP_UNSET)#libCLProtocolGenCP.so#KORVA");
+                    },
                     "(Code: -20100)"},
         FailureCase{"ReadWhileNotConnected",
                     [] {

@@ -1,42 +1,22 @@
-// CCLPort end to end against the real vqcam-sim program: the test starts it on a new
-// pseudo-terminal, reads the device path it prints, and drives the camera through a termios
-// serial adapter registered with CCLPort and the GenCP driver found next to the library.
-// Nothing reports the host's baud rate to the simulator: the program follows the camera.
-#include <CLProtocol/CLPort.h>
+// CCLPort and the GenCP driver end to end against the real vqcam-sim program on a
+// pseudo-terminal: the program sees the line speed the client sets, so a host and camera at
+// different rates hear garbage, as on a wire. What a user with a real camera meets: probing,
+// descriptions, register access, the baud rate through the node map, start-up and heartbeat,
+// reconnecting at any rate, device-ID rules, device statuses, slow devices, stray files.
 #include <CLProtocol/DeviceID.h>
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <poll.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <GenApi/GenApi.h>
 
-#include <cerrno>
-#include <chrono>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <memory>
-#include <string>
-#include <thread>
 
-#include "clprotocol_port_access.h"
-#include "clprotocol_test_serial.h"
-
-extern char** environ;
+#include "../gencp/gencp_driver_harness.h"
+#include "clprotocol_sim_process.h"
+#include "vq/platform/environment.h"
 
 namespace clprotocol_test {
 namespace {
 
 using GenICam::gcstring;
-using Clock = std::chrono::steady_clock;
-
-constexpr int kStartTimeoutMs = 10000;
-constexpr int kStopTimeoutMs = 5000;
-constexpr CLUINT32 kProbeTimeoutMs = 1000;
-constexpr int64_t kVendorNameReg = 0x0004;
-constexpr int64_t kUnmappedAddress = 0x7FF000;
 
 // One example camera and what the test expects of it.
 struct Camera {
@@ -48,241 +28,289 @@ struct Camera {
 void PrintTo(const Camera& camera, std::ostream* os) { *os << camera.folder; }
 
 const Camera kCameras[] = {
-    {"korva-area", "KORVA#AreaScan#A2040M", "KORVA_AreaScan.xml", 0x40108},  // zipped
-    {"korva-line", "KORVA#LineScan#L4096", "KORVA_LineScan.xml", 0x50000},   // plain
+    {"korva-area", "KORVA#AreaScan#A2040M", "KORVA_AreaScan.xml", kWidthReg},  // zipped
+    {"korva-line", "KORVA#LineScan#L4096", "KORVA_LineScan.xml", 0x50000},     // plain
 };
 
-std::string DriverDirectory() { return std::string(VQ_BINARY_DIR) + "/lib/clprotocol/Linux64_x64"; }
-std::string ExampleDir(const Camera& camera) {
-  return std::string(VQ_SOURCE_DIR) + "/examples/" + camera.folder;
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-int MsLeft(Clock::time_point deadline) {
-  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-  return left.count() > 0 ? static_cast<int>(left.count()) : 0;
-}
-
-// The vqcam-sim program as a child process. Its standard input stays open (end of input would
-// stop it, which is also what happens if this test process dies).
-class SimProcess {
- public:
-  ~SimProcess() { Stop(); }
-
-  // Starts the program and waits (bounded) for the device path on its standard output.
-  bool Start(const std::string& profileDir, std::string* error) {
-    int in[2], out[2];
-    if (pipe2(in, O_CLOEXEC) != 0) return Fail("pipe failed", error);
-    if (pipe2(out, O_CLOEXEC) != 0) return Fail("pipe failed", error, in);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, in[0], STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
-    std::string program = VQ_SIM_PROGRAM;
-    std::string pty = "--pty", option = "--profile", dir = profileDir;
-    char* argv[] = {program.data(), pty.data(), option.data(), dir.data(), nullptr};
-    const int spawned = posix_spawn(&pid_, program.c_str(), &actions, nullptr, argv, environ);
-    posix_spawn_file_actions_destroy(&actions);
-    close(in[0]);
-    close(out[1]);
-    stdin_ = in[1];
-    stdout_ = out[0];
-    if (spawned != 0) {
-      pid_ = -1;
-      *error = "cannot start " + program + ": errno " + std::to_string(spawned);
-      return false;
-    }
-    return ReadPath(error);
-  }
-
-  const std::string& DevicePath() const { return path_; }
-
-  // SIGTERM, a bounded wait, SIGKILL if the program did not end. Says how it ended.
-  std::string Stop() {
-    std::string how = "not running";
-    if (pid_ > 0) {
-      kill(pid_, SIGTERM);
-      int status = 0;
-      if (WaitFor(kStopTimeoutMs, &status)) {
-        how = WIFEXITED(status) ? "exit " + std::to_string(WEXITSTATUS(status))
-                                : "signal " + std::to_string(WTERMSIG(status));
-      } else {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, &status, 0);
-        how = "killed after ignoring SIGTERM";
-      }
-      pid_ = -1;
-    }
-    for (int* fd : {&stdin_, &stdout_}) {
-      if (*fd >= 0) close(*fd);
-      *fd = -1;
-    }
-    return how;
-  }
-
- private:
-  static bool Fail(const std::string& why, std::string* error, int* pair = nullptr) {
-    *error = why;
-    if (pair) {
-      close(pair[0]);
-      close(pair[1]);
-    }
-    return false;
-  }
-
-  bool ReadPath(std::string* error) {
-    const auto deadline = Clock::now() + std::chrono::milliseconds(kStartTimeoutMs);
-    std::string line;
-    while (line.find('\n') == std::string::npos) {
-      pollfd fd{stdout_, POLLIN, 0};
-      const int ready = poll(&fd, 1, MsLeft(deadline));
-      if (ready < 0 && errno == EINTR) continue;
-      if (ready <= 0) return Fail("no device path within the start time", error);
-      char chunk[128];
-      const ssize_t got = read(stdout_, chunk, sizeof chunk);
-      if (got <= 0) return Fail("the program ended before printing a path: " + line, error);
-      line.append(chunk, static_cast<std::size_t>(got));
-    }
-    path_ = line.substr(0, line.find('\n'));
-    return path_.rfind("/dev/", 0) == 0 || Fail("not a device path: " + path_, error);
-  }
-
-  bool WaitFor(int timeoutMs, int* status) {
-    const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
-    do {
-      if (waitpid(pid_, status, WNOHANG) == pid_) return true;
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    } while (MsLeft(deadline) > 0);
-    return false;
-  }
-
-  pid_t pid_ = -1;
-  int stdin_ = -1;
-  int stdout_ = -1;
-  std::string path_;
-};
-
-class SimProgramPort : public ::testing::TestWithParam<Camera> {
+class Cameras : public SimProgram, public ::testing::WithParamInterface<Camera> {
  protected:
   void SetUp() override {
-    unsetenv("GENICAM_CLPROTOCOL");  // the library's own location is enough
-    std::string error;
-    ASSERT_TRUE(sim_.Start(ExampleDir(GetParam()), &error)) << error;
-    adapter_ = std::make_unique<TermiosAdapter>(sim_.DevicePath());
-    portID_ = CLProtocol::CCLPort::RegisterSerial("SimProgram", adapter_.get());
+    SimProgram::SetUp();
+    StartSim({}, GetParam().folder);
   }
-  void TearDown() override {
-    port_.Disconnect();
-    CLProtocol::CCLPort::UnRegisterSerials();
-    adapter_.reset();
-    if (!sim_.DevicePath().empty()) {
-      EXPECT_EQ("exit 0", sim_.Stop());  // a clean shutdown on SIGTERM
-    }
-  }
-
-  gcstring DeviceTemplate() {
-    GenICam::gcstring_vector templates;
-    CLProtocol::CCLPort::GetDeviceIDTemplates(templates);
-    const std::string wanted =
-        DriverDirectory() + "#libCLProtocolGenCP.so#" + GetParam().shortTemplate;
-    for (const auto& t : templates) {
-      if (wanted == t.c_str()) return t;
-    }
-    ADD_FAILURE() << "no template " << wanted << " among " << templates.size();
-    return gcstring();
-  }
-
-  std::string DescriptionFile() const {
-    std::ifstream in(ExampleDir(GetParam()) + "/" + GetParam().descriptionFile, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-  }
-
+  void Open() { SimProgram::Open(GetParam().shortTemplate); }
   void ExpectDescription(bool useMaxBaudrate) {
-    const gcstring xml = port_.GetXML(useMaxBaudrate);
-    const std::string expected = DescriptionFile();
+    const gcstring xml = port_->GetXML(useMaxBaudrate);
+    const std::string expected =
+        ReadFile(ExampleDir(GetParam().folder) + "/" + GetParam().descriptionFile);
     ASSERT_FALSE(expected.empty());
     EXPECT_TRUE(expected == std::string(xml.c_str(), xml.size()))
         << "description of " << xml.size() << " bytes differs from the file's " << expected.size();
   }
-
-  uint32_t ReadU32(int64_t address) { return clprotocol_test::ReadU32(port_, address); }
-  void WriteU32(int64_t address, uint32_t value) {
-    clprotocol_test::WriteU32(port_, address, value);
-  }
-  std::string ErrorOf(void (*call)(CLProtocol::CCLPort&)) {
-    return clprotocol_test::ErrorOf(port_, call);
-  }
-
-  SimProcess sim_;
-  std::unique_ptr<TermiosAdapter> adapter_;
-  gcstring portID_;
-  CLProtocol::CCLPort port_;
 };
 
-TEST_P(SimProgramPort, ProbesConnectsDownloadsAndAccessesRegisters) {
+TEST_P(Cameras, ProbeConnectDescriptionRegisters) {
   EXPECT_STREQ("Local#SimProgram", portID_.c_str());
-  const gcstring deviceID =
-      CLProtocol::CCLPort::ProbeDevice(portID_, DeviceTemplate(), kProbeTimeoutMs);
+  const gcstring id =
+      CLProtocol::CCLPort::ProbeDevice(portID_, Template(GetParam().shortTemplate), 1000);
   CLProtocol::CDeviceID parsed;
-  ASSERT_TRUE(parsed.FromString(deviceID)) << deviceID.c_str();
-  EXPECT_EQ(GetParam().shortTemplate, std::string(parsed.GetCameraManufacturer().c_str()) + "#" +
-                                          parsed.GetCameraFamily().c_str() + "#" +
-                                          parsed.GetCameraModel().c_str());
+  ASSERT_TRUE(parsed.FromString(id)) << id.c_str();
   EXPECT_EQ(DriverDirectory() + "/libCLProtocolGenCP.so", parsed.GetDriverPath().c_str());
-
-  port_.Connect(portID_, deviceID);
-  EXPECT_STREQ(deviceID.c_str(), port_.GetDeviceID().c_str());
-  EXPECT_EQ(GenApi::RW, port_.GetAccessMode());
+  port_->Connect(portID_, id);
+  EXPECT_STREQ(id.c_str(), port_->GetDeviceID().c_str());
+  EXPECT_EQ(GenApi::RW, port_->GetAccessMode());
   ExpectDescription(false);
-
-  WriteU32(GetParam().rwRegister, 1280);
-  EXPECT_EQ(1280u, ReadU32(GetParam().rwRegister));
-  WriteU32(GetParam().rwRegister, 512);
-  EXPECT_EQ(512u, ReadU32(GetParam().rwRegister));
+  for (uint32_t value : {1280u, 512u}) {
+    WriteU32(GetParam().rwRegister, value);
+    EXPECT_EQ(value, ReadU32(GetParam().rwRegister));
+  }
 }
 
-TEST_P(SimProgramPort, SwitchesTo115200AndBack) {
-  port_.Connect(portID_, DeviceTemplate());
-  EXPECT_EQ(CL_BAUDRATE_9600, port_.GetDeviceBauderate());
-  ASSERT_NE(0u, port_.SupportedBaudrates() & CL_BAUDRATE_115200);
-  port_.SetDeviceBauderate(CL_BAUDRATE_115200);
-  EXPECT_EQ(CL_BAUDRATE_115200, port_.GetDeviceBauderate());  // read from the camera
+TEST_P(Cameras, SwitchesTo115200AndBackAndBoostsTheDownload) {
+  Open();
+  ASSERT_NE(0u, port_->SupportedBaudrates() & CL_BAUDRATE_115200);
+  port_->SetDeviceBauderate(CL_BAUDRATE_115200);
+  EXPECT_EQ(16, sim_.Stats()["baud_rate"]);
   EXPECT_EQ(CL_BAUDRATE_115200, adapter_->lastRate);
   WriteU32(GetParam().rwRegister, 640);
   EXPECT_EQ(640u, ReadU32(GetParam().rwRegister));
-  port_.SetDeviceBauderate(CL_BAUDRATE_9600);
-  EXPECT_EQ(CL_BAUDRATE_9600, port_.GetDeviceBauderate());
+  port_->SetDeviceBauderate(CL_BAUDRATE_9600);
   EXPECT_EQ(CL_BAUDRATE_9600, adapter_->lastRate);
   EXPECT_EQ(640u, ReadU32(GetParam().rwRegister));
-  // The boosted download switches up and back down the same way.
   ExpectDescription(true);
   EXPECT_GE(adapter_->highestRate, CL_BAUDRATE_115200);
-  EXPECT_EQ(CL_BAUDRATE_9600, port_.GetDeviceBauderate());
+  EXPECT_EQ(1, sim_.Stats()["baud_rate"]);
+  EXPECT_EQ(0, sim_.Stats()["garbled_bytes"]);
 }
 
-TEST_P(SimProgramPort, ReportsInvalidAddressAndWriteProtection) {
-  port_.Connect(portID_, DeviceTemplate());
+TEST_P(Cameras, ReportsInvalidAddressAndWriteProtection) {
+  Open();
   const std::string invalid = ErrorOf([](CLProtocol::CCLPort& p) {
     uint8_t bytes[4];
     p.Read(bytes, kUnmappedAddress, 4);
   });
-  EXPECT_NE(std::string::npos, invalid.find("(Code: -30003) ")) << invalid;
+  EXPECT_EQ(0u, invalid.find("Read failed (Code: -30003) ")) << invalid;
+  EXPECT_NE(std::string::npos, invalid.find("invalid address")) << invalid;
   const std::string writeProtected = ErrorOf([](CLProtocol::CCLPort& p) {
     const uint8_t bytes[4] = {1, 2, 3, 4};
     p.Write(bytes, kVendorNameReg, 4);
   });
-  EXPECT_NE(std::string::npos, writeProtected.find("(Code: -30004) ")) << writeProtected;
-  // The connection survives both refusals and the name is untouched.
+  EXPECT_EQ(0u, writeProtected.find("Write failed (Code: -30004) ")) << writeProtected;
   uint8_t name[5] = {};
-  port_.Read(name, kVendorNameReg, 4);
+  port_->Read(name, kVendorNameReg, 4);
   EXPECT_STREQ("KORV", reinterpret_cast<const char*>(name));
 }
 
-INSTANTIATE_TEST_SUITE_P(ZippedAndPlain, SimProgramPort, ::testing::ValuesIn(kCameras),
+INSTANTIATE_TEST_SUITE_P(ZippedAndPlain, Cameras, ::testing::ValuesIn(kCameras),
                          [](const ::testing::TestParamInfo<Camera>& info) {
                            std::string name = info.param.folder;
                            for (char& c : name) c = c == '-' ? '_' : c;
                            return name;
                          });
+
+// The baud-rate feature of the description, written through the node map, reaches the camera
+// with the change procedure: the port follows, the camera is confirmed and never falls back,
+// also when it answers the change with a pending acknowledge.
+TEST_F(SimProgram, BaudRateFeatureOfTheNodeMapSwitchesCameraAndPort) {
+  for (const char* slowSwitch : {"baud_switch_ms=0", "baud_switch_ms=800"}) {
+    StartSim({"--set", slowSwitch});
+    Open();
+    GenApi::CNodeMapRef map;
+    map._LoadXMLFromString(ReadFile(ExampleDir("korva-area") + "/KORVA_AreaScan.xml").c_str());
+    ASSERT_TRUE(map._Connect(port_.get(), "Device"));
+    GenApi::CEnumerationPtr baud = map._GetNode("DeviceSerialPortBaudRate");
+    GenApi::CIntegerPtr width = map._GetNode("Width");
+    ASSERT_TRUE(baud.IsValid() && width.IsValid());
+    baud->FromString("Baud115200");
+    EXPECT_EQ(CL_BAUDRATE_115200, adapter_->lastRate) << slowSwitch;
+    SleepMs(400);  // past the camera's confirmation window
+    width->SetValue(1024);
+    EXPECT_EQ(1024, width->GetValue()) << slowSwitch;
+    EXPECT_STREQ("Baud115200", baud->ToString().c_str());
+    baud->FromString("Baud9600");
+    EXPECT_EQ(CL_BAUDRATE_9600, adapter_->lastRate);
+    EXPECT_EQ(1024, width->GetValue());
+    auto stats = sim_.Stats();
+    EXPECT_EQ(0, stats["baud_fallbacks"]) << slowSwitch;
+    EXPECT_EQ(0, stats["repeated_answers"]) << slowSwitch << ": no resend was needed";
+    EXPECT_EQ(0, stats["garbled_bytes"]) << slowSwitch;
+    port_->Disconnect();
+    EXPECT_EQ("exit 0", sim_.Stop());
+  }
+}
+
+// Start-up opens the camera and switches its heartbeat off: idle longer than the heartbeat
+// time-out at 115200 baud, the camera is still there at that rate.
+TEST_F(SimProgram, StartUpKeepsAnIdleCameraAtItsRate) {
+  StartSim({"--set", "heartbeat_timeout_ms=1000"});
+  Open();
+  auto stats = sim_.Stats();
+  EXPECT_EQ(1, stats["access_privilege"]);
+  EXPECT_EQ(0, stats["heartbeat_enabled"]);
+  port_->SetDeviceBauderate(CL_BAUDRATE_115200);
+  SleepMs(2500);
+  EXPECT_EQ(2048u, ReadU32(kWidthReg));
+  EXPECT_EQ(0, sim_.Stats()["heartbeat_expiries"]);
+  EXPECT_EQ(16, sim_.Stats()["baud_rate"]);
+}
+
+// A camera left at another rate is found by a new process; a camera its heartbeat brought back
+// to 9600 is found by the process that left it at 115200.
+TEST_F(SimProgram, ReconnectFindsTheCameraAtWhateverRateItIs) {
+  StartSim({"--set", "heartbeat_timeout_ms=1000"});
+  Open();
+  port_->SetDeviceBauderate(CL_BAUDRATE_115200);
+  Restart();
+  Open();
+  EXPECT_EQ(2048u, ReadU32(kWidthReg));
+  EXPECT_EQ(CL_BAUDRATE_115200, port_->GetDeviceBauderate());
+
+  const uint8_t heartbeatOn[8] = {0, 0, 0, 0, 0, 0, 0, 1};
+  port_->Write(heartbeatOn, 0x1E0, 8);
+  port_->Disconnect();
+  for (int waited = 0; sim_.Stats()["heartbeat_expiries"] < 1 && waited < 8000; waited += 100) {
+    SleepMs(100);
+  }
+  ASSERT_EQ(1, sim_.Stats()["baud_rate"]) << "the heartbeat took the camera back to 9600";
+  Open();
+  EXPECT_EQ(2048u, ReadU32(kWidthReg));
+}
+
+// Templates breaking the device-ID rules fail before any traffic; the device ID's own tokens
+// keep them.
+TEST_F(SimProgram, DeviceIDTokensAreCIdentifiers) {
+  StartSim();
+  for (const char* bad : {"KORVA#2040", "KORVA##A2040M", "KORVA#AreaScan#A2040M#1_4_2"}) {
+    try {
+      CLProtocol::CCLPort::ProbeDevice(portID_, Template(bad), 1000);
+      ADD_FAILURE() << bad << " was accepted";
+    } catch (const GenICam::GenericException& e) {
+      EXPECT_NE(std::string::npos, std::string(e.GetDescription()).find("(Code: -20100) ")) << bad;
+    }
+  }
+  EXPECT_EQ(0, sim_.Stats()["commands"]);
+  const gcstring id = CLProtocol::CCLPort::ProbeDevice(portID_, Template(), 1000);
+  CLProtocol::CDeviceID parsed;
+  ASSERT_TRUE(parsed.FromString(id));
+  EXPECT_STREQ("_1_4_2", parsed.GetCameraVersion().c_str());
+  EXPECT_STREQ("KA2040M_00117", parsed.GetCameraSerialNumber().c_str());
+}
+
+// Device statuses arrive as distinct codes of the driver's range; a write the camera executed
+// with a warning does not throw.
+TEST_F(SimProgram, DeviceStatusesBecomeDistinctCodes) {
+  StartSim();
+  Open();
+  struct Case {
+    const char* status;
+    bool write;
+    const char* expected;
+  };
+  const Case cases[] = {
+      {"0x8064:1", true, "(Code: -30098) "},
+      {"0xC002:1", false, "(Code: -30096) "},
+      {"0x0001:1", true, "no exception"},
+  };
+  for (const auto& c : cases) {
+    ASSERT_TRUE(sim_.Control(std::string("--status ") + c.status));
+    const std::string outcome = WidthOutcome(c.write);
+    EXPECT_NE(std::string::npos, outcome.find(c.expected)) << c.status << ": " << outcome;
+  }
+  EXPECT_EQ(0u, std::string(port_->GetLastWriteWarning().c_str()).find("(Code: -30100) "));
+}
+
+// What the camera's bootstrap block says is honoured: GenCP 1.x only, strings in UTF-16, waits
+// as long as its maximum response time.
+TEST_F(SimProgram, BootstrapFactsAreHonoured) {
+  struct Case {
+    const char* setting;
+    const char* expected;  // in the device ID or the error
+  };
+  const Case cases[] = {
+      {"string_encoding=utf16", "#KORVA#AreaScan#A2040M#_1_4_2#KA2040M_00117"},
+      {"gencp_version=0x00020000", "(Code: -30201) "},
+  };
+  for (const auto& c : cases) {
+    StartSim({"--set", c.setting});
+    std::string outcome;
+    try {
+      outcome = CLProtocol::CCLPort::ProbeDevice(portID_, Template(), 1000).c_str();
+    } catch (const GenICam::GenericException& e) {
+      outcome = e.GetDescription();
+    }
+    EXPECT_NE(std::string::npos, outcome.find(c.expected)) << c.setting << ": " << outcome;
+    EXPECT_EQ("exit 0", sim_.Stop());
+  }
+  StartSim({"--set", "max_response_time_ms=2000"});
+  Open();
+  port_->SetSerialTimeOut(100);
+  ASSERT_TRUE(sim_.Control("--answer-delay 1200"));
+  EXPECT_EQ(2048u, ReadU32(kWidthReg));
+}
+
+// Cancelling a pending write leaves the camera usable: the next call waits out the write the
+// camera still runs instead of failing busy.
+TEST_F(SimProgram, CancelledWriteLeavesTheCameraUsable) {
+  StartSim();
+  gencp_driver_test::Driver driver;
+  std::string error;
+  ASSERT_TRUE(driver.Load(error)) << error;
+  driver.InitLib(nullptr, CLP_LOG_ERROR);
+  ASSERT_EQ(CL_ERR_NO_ERR, adapter_->SerialInit());
+  CLINT8 id[128];
+  CLUINT32 size = sizeof id;
+  CLUINT32 cookie = 0;
+  ASSERT_EQ(CL_ERR_NO_ERR, driver.ProbeDevice(adapter_.get(), "KORVA", id, &size, &cookie, 1000));
+  ASSERT_TRUE(sim_.Control("--processing 2000"));
+  const CLINT8 value[4] = {0, 0, 1, 0x40};
+  ASSERT_EQ(CL_ERR_PENDING_WRITE,
+            driver.WriteRegister(adapter_.get(), cookie, kWidthReg, value, 4, 500));
+  EXPECT_EQ(CL_ERR_NO_ERR, driver.ContinueWriteRegister(adapter_.get(), cookie, 0, 500));
+  ASSERT_TRUE(sim_.Control(""));
+  CLINT8 read[4] = {};
+  EXPECT_EQ(CL_ERR_NO_ERR, driver.ReadRegister(adapter_.get(), cookie, kWidthReg, read, 4, 500));
+  EXPECT_EQ(0x40, read[3]);
+  driver.Disconnect(cookie);
+  driver.CloseLib();
+}
+
+// A description file of a schema this GenApi cannot read, lying next to the driver, is never
+// chosen over the camera's own.
+TEST_F(SimProgram, DescriptionsOfUnsupportedSchemasAreIgnored) {
+  namespace fs = std::filesystem;
+  const fs::path location =
+      fs::path(::testing::TempDir()) / ("clp_stray_" + std::to_string(getpid()));
+  fs::remove_all(location);
+  fs::create_directories(location / "Linux64_x64");
+  fs::copy_file(DriverDirectory() + "/libCLProtocolGenCP.so",
+                location / "Linux64_x64" / "libCLProtocolGenCP.so");
+  std::ofstream(location / "SchemaVersion.99.0@KORVA#AreaScan#A2040M@XMLVersion.9.9.9.xml")
+      << "<stray/>";
+  vq::platform::SetEnv("GENICAM_CLPROTOCOL", location.string());
+  StartSim();
+  const gcstring id = CLProtocol::CCLPort::ProbeDevice(
+      portID_,
+      gcstring((fs::canonical(location / "Linux64_x64").string() +
+                "#libCLProtocolGenCP.so#KORVA")
+                   .c_str()),
+      1000);
+  port_->Connect(portID_, id);
+  GenICam::gcstring_vector ids;
+  port_->GetXMLIDs(ids);
+  for (const auto& xmlId : ids) EXPECT_EQ(std::string::npos, std::string(xmlId.c_str()).find("99"));
+  const gcstring xml = port_->GetXML(true);
+  EXPECT_EQ(ReadFile(ExampleDir("korva-area") + "/KORVA_AreaScan.xml"),
+            std::string(xml.c_str(), xml.size()));
+  port_.reset();
+  CLProtocol::CCLPort::Terminate();
+  vq::platform::UnsetEnv("GENICAM_CLPROTOCOL");
+  fs::remove_all(location);
+}
 
 }  // namespace
 }  // namespace clprotocol_test

@@ -4,7 +4,6 @@
 #include <CLProtocol/ISerialAdapter.h>
 #include <GenICam.h>
 
-#include <functional>
 #include <string>
 
 #include "vq/platform/serial_port.h"
@@ -53,7 +52,6 @@ class TermiosAdapter : public CLProtocol::ISerialAdapter {
     if (rate == 0 || !port_.SetBaudRate(rate)) return CL_ERR_BAUD_RATE_NOT_SUPPORTED;
     lastRate = baudRate;
     if (baudRate > highestRate) highestRate = baudRate;
-    if (onBaudChange) onBaudChange(baudRate);
     return CL_ERR_NO_ERR;
   }
 
@@ -71,8 +69,6 @@ class TermiosAdapter : public CLProtocol::ISerialAdapter {
     }
   }
 
-  // Told about every rate change (a link whose far end cannot see the local termios rate).
-  std::function<void(CLUINT32)> onBaudChange;
   int inits = 0;
   int closes = 0;
   CLUINT32 lastRate = 0;

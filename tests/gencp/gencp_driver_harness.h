@@ -3,7 +3,7 @@
 #pragma once
 
 #include <CLProtocol/CLProtocol.h>
-#include <CLProtocol/ISerial.h>
+#include <CLProtocol/ISerialAdapter.h>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -62,6 +62,7 @@ struct Driver : CLProtocol::DriverFunctions {
     get("clpIsParamSupported", IsParamSupported);
     get("clpGetEventData", GetEventData);
     get("vxComPort", VxComPort);
+    get("vxGetXMLSha1", GetXMLSha1);
     return ok;
   }
 
@@ -73,13 +74,17 @@ struct Driver : CLProtocol::DriverFunctions {
   }
 };
 
-// ISerial over the simulator's in-process port: reads hand over what arrived (partial reads
-// are allowed), and time is the simulator's.
-class SimSerial : public ISerial {
+// A serial adapter over the simulator's in-process port: reads hand over what arrived (partial
+// reads are allowed), and time is the simulator's.
+class SimSerial : public CLProtocol::ISerialAdapter {
  public:
   explicit SimSerial(vq::sim::Simulator& simulator) : port_(simulator) {}
   // ISerial has no destructor slot; tests delete derived adapters through this class.
   virtual ~SimSerial() = default;
+
+  CLINT32 SerialInit() override { return CL_ERR_NO_ERR; }
+  void SerialClose() override {}
+  void CheckError(CLINT32) override {}
 
   CLINT32 CLPROTOCOL clSerialRead(CLINT8* buffer, CLUINT32* bufferSize,
                                   CLUINT32 serialTimeOut) override {
@@ -125,8 +130,9 @@ class DriverTest : public ::testing::Test {
     if (driver_.CloseLib != nullptr) driver_.CloseLib();
   }
 
-  void StartCamera(const char* profileName = "korva-area") {
-    profile_ = vq::sim::loadProfile(ProfileDir(profileName));
+  // A camera of an example profile, `overrides` holding further profile.ini lines.
+  void StartCamera(const char* profileName = "korva-area", const std::string& overrides = "") {
+    profile_ = vq::sim::loadProfile(ProfileDir(profileName), overrides);
     sim_ = std::make_unique<vq::sim::Simulator>(profile_);
     serial_ = std::make_unique<SimSerial>(*sim_);
   }
@@ -175,6 +181,7 @@ class DriverTest : public ::testing::Test {
 constexpr int64_t kWidthReg = 0x40108;
 constexpr int64_t kVendorNameReg = 0x0004;      // read-only bootstrap string
 constexpr int64_t kUnmappedAddress = 0x7FF000;  // outside every register
-constexpr const char* kAreaScanId = "KORVA#AreaScan#A2040M#1_4_2#KA2040M_00117";
+constexpr int64_t kCurrentBaudReg = 0x10004;
+constexpr const char* kAreaScanId = "KORVA#AreaScan#A2040M#_1_4_2#KA2040M_00117";
 
 }  // namespace gencp_driver_test

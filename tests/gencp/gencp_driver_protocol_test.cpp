@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "gencp_driver_harness.h"
+#include "vq/gencp/Sha1.h"
+#include "vq/sim/Device.h"
 
 namespace gencp_driver_test {
 namespace {
@@ -68,8 +70,12 @@ TEST_P(ProbeTemplates, AcceptsTokenWisePrefixesOnly) {
   } else {
     EXPECT_EQ(0u, cookie);
   }
+  if (GetParam().expected == CL_ERR_INVALID_DEVICEID) {
+    EXPECT_EQ(0u, sim_->stats().bytesIn);
+  }
 }
 
+// Tokens are C identifiers: a template breaking that rule fails before any line traffic.
 INSTANTIATE_TEST_SUITE_P(
     Table, ProbeTemplates,
     ::testing::Values(ProbeCase{"KORVA", CL_ERR_NO_ERR}, ProbeCase{"KORVA#AreaScan", CL_ERR_NO_ERR},
@@ -77,12 +83,47 @@ INSTANTIATE_TEST_SUITE_P(
                       ProbeCase{kAreaScanId, CL_ERR_NO_ERR},
                       ProbeCase{"KORVA#Area", CL_ERR_NO_DEVICE_FOUND},
                       ProbeCase{"KORVA#LineScan", CL_ERR_NO_DEVICE_FOUND},
-                      ProbeCase{"KORVA#AreaScan#A2040M#1_4_2#OTHER", CL_ERR_NO_DEVICE_FOUND},
+                      ProbeCase{"KORVA#AreaScan#A2040M#_1_4_2#OTHER", CL_ERR_NO_DEVICE_FOUND},
                       ProbeCase{"ACME", CL_ERR_NO_DEVICE_FOUND},
                       ProbeCase{"", CL_ERR_INVALID_DEVICEID},
                       ProbeCase{"KO RVA", CL_ERR_INVALID_DEVICEID},
                       ProbeCase{"#AreaScan", CL_ERR_INVALID_DEVICEID},
+                      ProbeCase{"KORVA##A2040M", CL_ERR_INVALID_DEVICEID},
+                      ProbeCase{"KORVA#AreaScan#A2040M#1_4_2", CL_ERR_INVALID_DEVICEID},
+                      ProbeCase{"KORVA#2040", CL_ERR_INVALID_DEVICEID},
                       ProbeCase{"a#b#c#d#e#f", CL_ERR_INVALID_DEVICEID}));
+
+// Start-up as GenCP has it, whatever the device's strings and capabilities: tokens are C
+// identifiers, the device is opened and its heartbeat switched off.
+struct StartCase {
+  const char* name;
+  const char* overrides;
+  const char* id;
+};
+
+class StartUp : public DriverTest, public ::testing::WithParamInterface<StartCase> {};
+
+TEST_P(StartUp, OpensTheDeviceAndSwitchesItsHeartbeatOff) {
+  StartCamera("korva-area", GetParam().overrides);
+  std::string id;
+  CLUINT32 cookie = 0;
+  ASSERT_EQ(CL_ERR_NO_ERR, Probe("KORVA", &id, &cookie));
+  EXPECT_EQ(GetParam().id, id);
+  EXPECT_EQ(vq::sim::kPrivilegeOpen, sim_->device().accessPrivilege());
+  EXPECT_FALSE(sim_->device().heartbeatEnabled());
+  uint32_t value = 0;
+  EXPECT_EQ(CL_ERR_NO_ERR, Write32(cookie, kWidthReg, 640));  // writes need the privilege
+  EXPECT_EQ(CL_ERR_NO_ERR, Read32(cookie, kWidthReg, value));
+  EXPECT_EQ(640u, value);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, StartUp,
+    ::testing::Values(StartCase{"Ascii", "", kAreaScanId},
+                      StartCase{"EmptyAndDigitTokens", "version = 2.0\nserial_number = -",
+                                "KORVA#AreaScan#A2040M#_2_0#_"},
+                      StartCase{"NoHeartbeatToSwitchOff", "heartbeat_timeout_ms = 0", kAreaScanId}),
+    [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(DriverTest, ProbeFollowsTheBufferSizeProtocol) {
   StartCamera();
@@ -120,38 +161,47 @@ TEST_F(DriverTest, SplitsLargeReadsIntoPackets) {
   EXPECT_GE(sim_->stats().commands, 3u);
 }
 
-struct DeviceErrorCase {
-  const char* name;
+// Every device status becomes a distinct code of the custom range with a text; -30100 is only
+// ever a write done with a warning.
+struct StatusCase {
+  uint16_t status;
   bool write;
-  int64_t address;
   CLINT32 expected;
+  const char* text;
 };
 
-class DeviceErrors : public DriverTest, public ::testing::WithParamInterface<DeviceErrorCase> {};
+class DeviceStatuses : public DriverTest, public ::testing::WithParamInterface<StatusCase> {};
 
-TEST_P(DeviceErrors, BecomeCustomCodesWithTexts) {
+TEST_P(DeviceStatuses, BecomeDistinctCustomCodesWithTexts) {
   StartCamera();
   const CLUINT32 cookie = Connect();
+  sim_->faults().forcedStatus = GetParam().status;
+  sim_->faults().forcedStatusCount = 1;
   uint32_t value = 0;
-  const CLINT32 status = GetParam().write ? Write32(cookie, GetParam().address, 7)
-                                          : Read32(cookie, GetParam().address, value);
+  const CLINT32 status = GetParam().write ? Write32(cookie, kWidthReg, 7)
+                                          : Read32(cookie, kWidthReg, value);
   EXPECT_EQ(GetParam().expected, status);
-  EXPECT_FALSE(driver_.ErrorText(status).empty());
+  EXPECT_NE(std::string::npos, driver_.ErrorText(status).find(GetParam().text))
+      << driver_.ErrorText(status);
   EXPECT_FALSE(driver_.ErrorText(CL_ERR_GET_LAST_ERROR, cookie).empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Table, DeviceErrors,
-    ::testing::Values(DeviceErrorCase{"ReadInvalidAddress", false, kUnmappedAddress, -30003},
-                      DeviceErrorCase{"WriteInvalidAddress", true, kUnmappedAddress, -30003},
-                      DeviceErrorCase{"WriteProtected", true, kVendorNameReg, -30004}),
-    [](const auto& info) { return std::string(info.param.name); });
+    Table, DeviceStatuses,
+    ::testing::Values(StatusCase{0x8001, false, -30001, "not implemented"},
+                      StatusCase{0x8003, false, -30003, "invalid address"},
+                      StatusCase{0x8004, true, -30004, "write protect"},
+                      StatusCase{0x8006, true, -30006, "access denied"},
+                      StatusCase{0x800B, false, -30011, "time-out"},
+                      StatusCase{0x800F, false, -30015, "configuration"},
+                      StatusCase{0x8064, true, -30098, "does not know"},
+                      StatusCase{0x8FFF, false, -30099, "generic"},
+                      StatusCase{0xA001, false, -30097, "technology"},
+                      StatusCase{0xC123, true, -30096, "device-specific"},
+                      StatusCase{0x0001, true, -30100, "warning"},
+                      StatusCase{0x4005, true, -30100, "warning"}));
 
-TEST_F(DriverTest, ErrorTextsNameTheProblem) {
-  EXPECT_NE(std::string::npos, driver_.ErrorText(-30003).find("invalid address"));
-  EXPECT_NE(std::string::npos, driver_.ErrorText(-30004).find("write protect"));
-  EXPECT_NE(std::string::npos, driver_.ErrorText(-30100).find("warning"));
-  EXPECT_EQ("time-out on serial link", driver_.ErrorText(CL_ERR_TIMEOUT));
+TEST_F(DriverTest, UnknownCodesHaveNoText) {
   CLINT8 text[8];
   CLUINT32 size = sizeof text;
   EXPECT_EQ(CL_ERR_ERROR_NOT_FOUND, driver_.GetErrorText(-12345, text, &size, 0));
@@ -195,6 +245,12 @@ TEST_P(Descriptions, DownloadsTheBestManifestEntryAsText) {
   ASSERT_EQ(CL_ERR_NO_ERR, driver_.GetXMLDescription(serial_.get(), cookie, list[0].c_str(),
                                                      xml.data(), &size, 500));
   EXPECT_EQ(profile_.descriptionText, std::string(xml.data()));
+  // The SHA-1 a client keys its cache by is the manifest's.
+  CLINT8 sha1[41] = {};
+  size = sizeof sha1;
+  ASSERT_EQ(CL_ERR_NO_ERR, driver_.GetXMLSha1(serial_.get(), cookie, list[0].c_str(), sha1, &size, 500));
+  const auto& file = sim_->device().descriptionFile();
+  EXPECT_EQ(vq::gencp::toHex(vq::gencp::sha1(file.data(), file.size())), std::string(sha1));
   EXPECT_EQ(CL_ERR_NO_XMLDESCRIPTION_FOUND,
             driver_.GetXMLDescription(serial_.get(), cookie, "SchemaVersion.9.9@KORVA@XMLVersion.1.0.0",
                                       xml.data(), &size, 500));

@@ -49,6 +49,7 @@ TEST_F(SerialPortTest, EveryByteValueCrossesBothWaysAtEachSpeed) {
     std::string error;
     ASSERT_TRUE(port_.SetBaudRate(baudRate, &error)) << error;
     EXPECT_EQ(port_.BaudRate(), baudRate);
+    EXPECT_EQ(pty_.SlaveBaudRate(), baudRate);  // the far end sees what the client set
 
     ASSERT_TRUE(port_.Write(sent.data(), sent.size(), 2000, &error)) << error;
     Bytes atMaster(sent.size());

@@ -6,6 +6,7 @@
 #include "vq/gencp/Bootstrap.h"
 #include "vq/gencp/Constants.h"
 #include "vq/gencp/Endian.h"
+#include "vq/gencp/Sha1.h"
 #include "vq/sim/Device.h"
 
 using namespace vq::sim;
@@ -24,6 +25,13 @@ std::string stringAt(const Device& device, uint64_t address) {
   return text.substr(0, text.find('\0'));
 }
 
+// A device whose host has opened it (writes outside the bootstrap block need that).
+Device openDevice(const Profile& profile) {
+  Device device(profile);
+  device.write(abrm::kAccessPrivilege, simtest::u32Bytes(kPrivilegeOpen));
+  return device;
+}
+
 }  // namespace
 
 TEST(SimDevice, EveryDescriptionRegisterIsServedWithItsAccess) {
@@ -35,7 +43,7 @@ TEST(SimDevice, EveryDescriptionRegisterIsServedWithItsAccess) {
       EXPECT_EQ(outcome.status, kStatusSuccess) << dir << " " << reg.name;
       EXPECT_EQ(outcome.data.size(), reg.length) << reg.name;
       if (reg.access == Access::RO && reg.address >= abrm::kAbrmEnd + 0x10000) {
-        Device scratch(loadProfile(dir));
+        Device scratch = openDevice(loadProfile(dir));
         EXPECT_EQ(scratch.write(reg.address, outcome.data).status, kStatusWriteProtect) << reg.name;
       }
     }
@@ -43,8 +51,8 @@ TEST(SimDevice, EveryDescriptionRegisterIsServedWithItsAccess) {
 }
 
 TEST(SimDevice, AddressesOutsideTheDescriptionAreInvalid) {
-  Device device(simtest::areaProfile());
-  for (uint64_t address : {0x3FFFCull, 0x40040ull, 0x40800ull, 0x30000ull, 0x0250ull, 0x1E8ull,
+  Device device = openDevice(simtest::areaProfile());
+  for (uint64_t address : {0x3FFFCull, 0x40040ull, 0x40800ull, 0x30000ull, 0x0250ull, 0x1F0ull,
                            0x10008ull, 0xFFFFFFFFFFFFFFF0ull}) {
     EXPECT_EQ(device.read(address, 4).status, kStatusInvalidAddress) << std::hex << address;
     EXPECT_EQ(device.write(address, {0, 0, 0, 1}).status, kStatusInvalidAddress)
@@ -61,12 +69,12 @@ TEST(SimDevice, BootstrapCarriesTheProfileIdentity) {
   EXPECT_EQ(stringAt(device, abrm::kDeviceVersion), "1.4.2");
   EXPECT_EQ(stringAt(device, abrm::kSerialNumber), "KA2040M-00117");
   EXPECT_EQ(stringAt(device, abrm::kUserDefinedName), "demo camera");
-  const auto caps = device.read(abrm::kDeviceCapability, 8);
-  ASSERT_EQ(caps.data.size(), 8u);
-  const uint64_t capabilities = readU64(caps.data.data());
-  EXPECT_TRUE(capabilities & abrm::kCapSbrm);
-  EXPECT_TRUE(capabilities & abrm::kCapFamilyName);
-  EXPECT_TRUE(capabilities & abrm::kCapWrittenLength);
+  const uint64_t capabilities = readU64(device.read(abrm::kDeviceCapability, 8).data.data());
+  for (uint64_t bit : {abrm::kCapSbrm, abrm::kCapFamilyName, abrm::kCapWrittenLength,
+                       abrm::kCapAccessPrivilegeHeartbeat}) {
+    EXPECT_TRUE(capabilities & bit) << bit;
+  }
+  EXPECT_EQ((capabilities >> 4) & 0xF, 0u);  // ASCII strings
   EXPECT_EQ(u32At(device, abrm::kMaxDeviceResponseTime), 300u);
   EXPECT_EQ(readU64(device.read(abrm::kSbrmAddress, 8).data.data()), kSbrmAddress);
   EXPECT_EQ(u32At(device, kSbrmAddress), 0xFFu);
@@ -75,6 +83,24 @@ TEST(SimDevice, BootstrapCarriesTheProfileIdentity) {
   EXPECT_EQ(device.write(abrm::kModelName, {'X'}).status, kStatusWriteProtect);
   EXPECT_EQ(device.write(abrm::kUserDefinedName, {'c', 'a', 'm', 0}).status, kStatusSuccess);
   EXPECT_EQ(stringAt(device, abrm::kUserDefinedName), "cam");
+}
+
+TEST(SimDevice, ProfileChoosesVersionEncodingAndHeartbeat) {
+  Profile profile = simtest::areaProfile();
+  profile.gencpVersion = 0x00020001;
+  profile.stringEncoding = 2;
+  profile.manufacturer = "K\xC3\xB6rva";  // U+00F6 takes one UTF-16 unit
+  profile.heartbeatTimeoutMs = 0;
+  Device device(profile);
+  EXPECT_EQ(u32At(device, abrm::kGenCPVersion), 0x00020001u);
+  const uint64_t capabilities = readU64(device.read(abrm::kDeviceCapability, 8).data.data());
+  EXPECT_EQ((capabilities >> 4) & 0xF, 2u);
+  EXPECT_FALSE(capabilities & abrm::kCapAccessPrivilegeHeartbeat);
+  const auto name = device.read(abrm::kManufacturerName, 12).data;
+  EXPECT_EQ(name, (std::vector<uint8_t>{0, 'K', 0, 0xF6, 0, 'r', 0, 'v', 0, 'a', 0, 0}));
+  // Without the capability there is nothing to open: writes need no privilege.
+  EXPECT_EQ(device.read(abrm::kAccessPrivilege, 4).status, kStatusInvalidAddress);
+  EXPECT_EQ(device.write(0x40108, {0, 0, 1, 0}).status, kStatusSuccess);
 }
 
 TEST(SimDevice, ManifestDescribesTheServedFile) {
@@ -104,6 +130,8 @@ TEST(SimDevice, ManifestDescribesTheServedFile) {
     const auto file = device.read(address, size);
     ASSERT_EQ(file.status, kStatusSuccess);
     EXPECT_EQ(std::string(file.data.begin(), file.data.begin() + c.magic.size()), c.magic);
+    const Sha1Digest digest = sha1(file.data.data(), file.data.size());
+    EXPECT_TRUE(std::equal(digest.begin(), digest.end(), entry + manifest::kSha1));
     EXPECT_EQ(device.read(address + size, 1).status, kStatusInvalidAddress);
   }
   // The zipped description is much smaller than the text.
@@ -125,6 +153,7 @@ TEST(SimDevice, InitialValuesAreApplied) {
 TEST(SimDevice, CommandsClearThemselvesAfterTheDelay) {
   Profile profile = simtest::areaProfile();
   profile.commandDelayMs = 40;
+  profile.heartbeatTimeoutMs = 0;  // no timer but the command's
   Device device(profile);
   const uint64_t acquisitionStart = 0x40204;
   ASSERT_EQ(device.write(acquisitionStart, {0, 0, 0, 1}).status, kStatusSuccess);
@@ -143,7 +172,7 @@ TEST(SimDevice, CommandsClearThemselvesAfterTheDelay) {
 }
 
 TEST(SimDevice, ConfigurationSaveStoresRegistersForTheNextPowerUp) {
-  Device device(simtest::areaProfile());
+  Device device = openDevice(simtest::areaProfile());
   const uint64_t width = 0x40108;
   const uint64_t save = 0x40510;
   device.write(width, {0, 0, 4, 0});  // 1024

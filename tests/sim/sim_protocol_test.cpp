@@ -1,8 +1,6 @@
 // GenCP over the in-process link: round trips through the codec, error statuses, resend
-// semantics, pending acknowledges and the description download.
+// semantics and pending acknowledges.
 #include <gtest/gtest.h>
-
-#include <cstdio>
 
 #include "sim_test_support.h"
 #include "vq/gencp/Bootstrap.h"
@@ -135,53 +133,4 @@ TEST(SimProtocol, FastCommandCompletesAfterItsDelay) {
   EXPECT_EQ(host.readU32(acquisitionStart), 1u);
   host.sim.advance(250'000);
   EXPECT_EQ(host.readU32(acquisitionStart), 0u);
-}
-
-namespace {
-
-// Probe (bootstrap reads) and description download as a driver performs them, in chunks
-// of `chunk` bytes. Returns the downloaded file.
-std::vector<uint8_t> probeAndDownload(Host& host, uint16_t chunk) {
-  uint16_t status = 0;
-  host.transact(makeReadMemCommand(0, abrm::kGenCPVersion, 4));
-  for (uint64_t address : {abrm::kManufacturerName, abrm::kFamilyName, abrm::kModelName,
-                           abrm::kDeviceVersion, abrm::kSerialNumber}) {
-    host.read(address, 64);
-  }
-  host.read(abrm::kDeviceCapability, 8);
-  host.read(abrm::kMaxDeviceResponseTime, 4);
-  const auto manifestAddress = host.read(abrm::kManifestTableAddress, 8);
-  const uint64_t table = readU64(manifestAddress.data());
-  const auto count = host.read(table, 8);
-  const auto entry = host.read(table + 8, 64);
-  const uint64_t address = readU64(entry.data() + 8);
-  const uint64_t size = readU64(entry.data() + 16);
-  std::vector<uint8_t> file;
-  while (file.size() < size) {
-    const auto part =
-        host.read(address + file.size(),
-                  static_cast<uint16_t>(std::min<uint64_t>(chunk, size - file.size())), &status);
-    if (status != kStatusSuccess || part.empty()) break;
-    file.insert(file.end(), part.begin(), part.end());
-  }
-  return file;
-}
-
-}  // namespace
-
-TEST(SimProtocol, DescriptionDownloadAndItsLineTime) {
-  Host host;
-  const auto file = probeAndDownload(host, 1008);
-  EXPECT_EQ(file, host.sim.device().descriptionFile());
-  const double seconds = host.sim.stats().linkSeconds;
-  const double expected = (host.sim.stats().bytesIn + host.sim.stats().bytesOut) * 10.0 / 9600;
-  EXPECT_NEAR(seconds, expected, 1e-6);
-  std::printf(
-      "[ figure ] probe + zipped description (%zu bytes) at 9600 baud: %.2f s on the line "
-      "(%llu bytes)\n",
-      file.size(), seconds,
-      static_cast<unsigned long long>(host.sim.stats().bytesIn + host.sim.stats().bytesOut));
-  RecordProperty("link_seconds_9600", std::to_string(seconds));
-  Host line(simtest::lineProfile());
-  EXPECT_EQ(probeAndDownload(line, 512), line.sim.device().descriptionFile());
 }

@@ -42,7 +42,6 @@ std::optional<Packet> readPacket(platform::SerialPort& port, uint32_t timeoutMs)
 
 TEST(SimPty, ServesGenCPOnAPseudoTerminal) {
   sim::Simulator simulator(simtest::areaProfile());
-  simulator.setHostFollowsDevice(true);
   platform::PseudoTerminal terminal;
   std::string error;
   if (!terminal.Open(&error)) GTEST_SKIP() << "no pseudo-terminals here: " << error;
@@ -61,15 +60,22 @@ TEST(SimPty, ServesGenCPOnAPseudoTerminal) {
   auto ack = readPacket(port, 5000);
   ASSERT_TRUE(ack);
   EXPECT_EQ(std::string(reinterpret_cast<const char*>(ack->scd.data())), "A2040M");
-  const auto write = encodeWriteMem(1, 0x40108, simtest::u32Bytes(256));
-  ASSERT_TRUE(port.Write(write.data(), write.size()));
-  ack = readPacket(port, 5000);
-  ASSERT_TRUE(ack);
-  EXPECT_EQ(ack->status(), kStatusSuccess);
+  for (const auto& write : {encodeWriteMem(1, abrm::kAccessPrivilege, simtest::u32Bytes(1)),
+                            encodeWriteMem(2, 0x40108, simtest::u32Bytes(256))}) {
+    ASSERT_TRUE(port.Write(write.data(), write.size()));
+    ack = readPacket(port, 5000);
+    ASSERT_TRUE(ack);
+    EXPECT_EQ(ack->status(), kStatusSuccess);
+  }
+  // The client's line speed is the host's rate: at another one the camera hears garbage.
+  ASSERT_TRUE(port.SetBaudRate(19200));
+  ASSERT_TRUE(port.Write(request.data(), request.size()));
+  EXPECT_FALSE(readPacket(port, 300));
   stop = true;
   server.join();
   EXPECT_EQ(ended, "");
-  EXPECT_EQ(simulator.stats().commands, 2u);
+  EXPECT_EQ(simulator.stats().commands, 3u);
+  EXPECT_GT(simulator.stats().garbledBytes, 0u);
 }
 
 #ifdef VQ_SIM_PROGRAM

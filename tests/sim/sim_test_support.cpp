@@ -1,5 +1,6 @@
 #include "sim_test_support.h"
 
+#include "vq/gencp/Bootstrap.h"
 #include "vq/gencp/Endian.h"
 
 namespace simtest {
@@ -17,7 +18,17 @@ std::vector<uint8_t> u32Bytes(uint32_t value) {
   return bytes;
 }
 
-Host::Host(const sim::Profile& profile) : sim(profile), port(sim) {}
+Host::Host(const sim::Profile& profile, bool open) : sim(profile), port(sim) {
+  if (open) writeU32(gencp::abrm::kAccessPrivilege, sim::kPrivilegeOpen);
+  sim.resetStats();
+}
+
+void Host::switchRate(uint32_t rateBit) {
+  const uint64_t current = sim::kSbrmAddress + gencp::sbrm::kCurrentBaudrate;
+  writeU32(current, rateBit);
+  port.setBaudRate(rateBit);
+  writeU32(current, rateBit);
+}
 
 uint16_t Host::newId() {
   const uint16_t id = nextId_++;

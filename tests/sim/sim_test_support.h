@@ -19,10 +19,11 @@ std::string lineProfileDir();
 vq::sim::Profile areaProfile();
 vq::sim::Profile lineProfile();
 
-// A host talking GenCP to a simulator through an InProcessPort.
+// A host talking GenCP to a simulator through an InProcessPort. It opens the device (access
+// privilege) unless told not to, and starts with clean statistics.
 class Host {
  public:
-  explicit Host(const vq::sim::Profile& profile = areaProfile());
+  explicit Host(const vq::sim::Profile& profile = areaProfile(), bool open = true);
 
   void send(const vq::gencp::Packet& command);
   // Next packet from the camera within `timeoutMs` of simulated time; resynchronises over
@@ -39,6 +40,8 @@ class Host {
   uint16_t writeU32(uint64_t address, uint32_t value);
   std::string readString(uint64_t address, uint16_t length = 64);
   uint16_t newId();
+  // The baud-rate procedure: write at the old rate, follow, confirm at the new one.
+  void switchRate(uint32_t rateBit);
 
   vq::sim::Simulator sim;
   vq::sim::InProcessPort port;

@@ -17,6 +17,10 @@
 
 namespace CLProtocol {
 
+// Driver status of a write the device executed but answered with a warning: CCLPort::Write
+// does not throw for it and keeps the text for GetLastWriteWarning.
+constexpr CLINT32 kWrittenWithWarning = -30100;
+
 class CLPROTOCOL_DECL CCLPort : public GenApi::IPort, public ISerial {
  public:
   CCLPort();
@@ -36,9 +40,13 @@ class CLPROTOCOL_DECL CCLPort : public GenApi::IPort, public ISerial {
 
   // ---- drivers ----
   // Every driver's short templates, each prefixed with "DriverDirectory#DriverFileName#".
+  // Malformed templates are left out (GetDiagnostics says which driver offered them).
   static void GetDeviceIDTemplates(GenICam::gcstring_vector& DeviceIDTemplates);
+  // Problems the last GetDeviceIDTemplates met, one sentence each naming the driver.
+  static void GetDiagnostics(GenICam::gcstring_vector& Messages);
   // Identifies the device on a port with the template's driver; returns its full device ID.
-  // Throws when the driver fails or finds no matching device.
+  // Throws when the driver fails or finds no matching device. The connection the probe opened
+  // is kept for a Connect with the returned ID, which then needs no second identification.
   static GenICam::gcstring ProbeDevice(const GenICam::gcstring& PortID,
                                        const GenICam::gcstring& strDeviceIDTemplate,
                                        const CLUINT32 SerialTimeout = 500);
@@ -57,6 +65,9 @@ class CLPROTOCOL_DECL CCLPort : public GenApi::IPort, public ISerial {
   void GetXMLIDs(GenICam::gcstring_vector& XMLIDs);
   // The description text of an XML ID, or of the best one; empty when there is none. With
   // UseMaxBaudrate the download runs at the fastest common rate, restored afterwards.
+  // Descriptions are cached in memory per port and on disk ($XDG_CACHE_HOME/vqcam, else
+  // ~/.cache/vqcam), keyed by the XML ID and the SHA-1 of the device's manifest entry; a cached
+  // description the device still names is returned without a download.
   GenICam::gcstring GetXML(const GenICam::gcstring& XMLID, const bool UseMaxBaudrate = true);
   GenICam::gcstring GetXML(const bool UseMaxBaudrate = true);
 
@@ -72,6 +83,8 @@ class CLPROTOCOL_DECL CCLPort : public GenApi::IPort, public ISerial {
   GenApi::EAccessMode GetAccessMode() const override;
   void Read(void* pBuffer, int64_t Address, int64_t Length) override;
   void Write(const void* pBuffer, int64_t Address, int64_t Length) override;
+  // "(Code: -30100) <text>" when the last Write succeeded with a device warning, else empty.
+  GenICam::gcstring GetLastWriteWarning() const;
 
   // ---- ISerial: forwarded to the connected port ----
   CLINT32 CLPROTOCOL clSerialRead(CLINT8* buffer, CLUINT32* bufferSize,

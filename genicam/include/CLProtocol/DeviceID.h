@@ -28,14 +28,16 @@ class CLPROTOCOL_DECL CDeviceID {
   ~CDeviceID();
 
   // Splits a full ID or template, or a short one (then the driver fields stay empty). Returns
-  // false, leaving the object empty, for text that is neither.
+  // false, leaving the object empty, for text that is neither. Tokens are accepted as long as
+  // they hold identifier characters; HasIdentifierTokens tells whether they follow the rule.
   bool FromString(const GenICam::gcstring& DeviceID);
 
   // The full ID (the short one when no driver is named); environment references $(NAME) in
   // the directory are expanded when asked.
   GenICam::gcstring GetDeviceID(bool ReplaceEnvironmentVariables = true) const;
   GenICam::gcstring GetShortDeviceID() const;
-  // Directory and file name joined with '/'.
+  // Directory and file name joined with '/'; empty when the ID names no directory (never a
+  // bare file name, which a loader would look up on its search path).
   GenICam::gcstring GetDriverPath(bool ReplaceEnvironmentVariables = true) const;
 
   GenICam::gcstring GetDriverDirectory(bool ReplaceEnvironmentVariables = true) const;
@@ -48,6 +50,9 @@ class CLPROTOCOL_DECL CDeviceID {
 
   // True when the text was a full ID or template (names a driver).
   bool HasDriver() const;
+  // True when every camera token present is a C identifier (not empty, not starting with a
+  // digit), the rule device IDs and templates must follow to be probed or connected.
+  bool HasIdentifierTokens() const;
   // Number of short tokens present (1 for "Manufacturer" up to 5).
   size_t GetNumShortTokens() const;
 

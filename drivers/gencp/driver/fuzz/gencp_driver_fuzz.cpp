@@ -64,10 +64,9 @@ void run(uint8_t operation, Channel& channel) {
       break;
     }
     case 3: {
-      BootstrapInfo info;
-      DeviceIdentity identity;
-      readBootstrap(channel, kTimeoutMs, info, identity);
-      readManifest(channel, info.manifestAddress, identity.modelTemplate(), kTimeoutMs);
+      const Identification found = identify(channel, std::nullopt, kTimeoutMs);
+      readManifest(channel, found.device.bootstrap.manifestAddress,
+                   found.device.identity.modelTemplate(), kTimeoutMs);
       break;
     }
     default:
@@ -82,7 +81,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   if (size < 1) return 0;
   FuzzSerial serial(data + 1, size - 1);
   Channel::resetRequestIds(1);
-  Channel channel(&serial, 921600, [](const vq::gencp::Packet&) {});
+  Channel channel(&serial, 921600, 5, [](const vq::gencp::Packet&) {});
   try {
     run(data[0], channel);
   } catch (const DriverFailure&) {

@@ -1,11 +1,13 @@
-// Baud-rate parameters: read through the serial bootstrap block, changed with the confirmation
-// write at the new rate, and restored to the old rate when the confirmation fails.
+// Baud-rate parameters: the device's rates read once from the serial bootstrap block, the
+// current rate as this driver set it, and the change procedure with the confirmation write at
+// the new rate (restored to the old rate when the confirmation fails).
 #include <vq/gencp/Bootstrap.h>
 #include <vq/gencp/Endian.h>
 #include <vq/platform/sleep.h>
 
 #include "DriverFailure.h"
 #include "Operations.h"
+#include "PortMemory.h"
 
 namespace vq::gencpdrv {
 
@@ -32,31 +34,28 @@ std::vector<uint8_t> bigEndian32(uint32_t value) {
   return bytes;
 }
 
-}  // namespace
-
-uint32_t currentBaudRate(ISerial* serial, Connection& connection, uint32_t timeoutMs) {
-  if (!connection.bootstrap.sbrmAddress) return connection.baudBit;
-  Channel channel = connection.channel(serial);
-  const auto bytes = channel.readMem(
-      *connection.bootstrap.sbrmAddress + vq::gencp::sbrm::kCurrentBaudrate, 4, timeoutMs);
-  return vq::gencp::readU32(bytes.data());
+uint64_t currentRateRegister(const Connection& connection) {
+  return *connection.bootstrap.sbrmAddress + vq::gencp::sbrm::kCurrentBaudrate;
 }
 
-uint32_t supportedBaudRates(ISerial* serial, Connection& connection, uint32_t timeoutMs) {
-  uint32_t device = CL_BAUDRATE_9600;
-  if (connection.bootstrap.sbrmAddress) {
-    Channel channel = connection.channel(serial);
-    const auto bytes = channel.readMem(
-        *connection.bootstrap.sbrmAddress + vq::gencp::sbrm::kSupportedBaudrates, 4, timeoutMs);
-    device = vq::gencp::readU32(bytes.data()) | CL_BAUDRATE_9600;
-  }
+}  // namespace
+
+// Only this driver changes the device's rate, and it switches the heartbeat off, so the rate it
+// last set is the device's: asking the device would cost a transaction at the present rate.
+uint32_t currentBaudRate(Connection& connection) { return connection.baudBit; }
+
+uint32_t supportedBaudRates(ISerial* serial, const Connection& connection) {
   CLUINT32 port = 0;
   if (serial->clGetSupportedBaudRates(&port) != CL_ERR_NO_ERR) port = CL_BAUDRATE_9600;
-  return (device & (port | CL_BAUDRATE_9600)) & 0xFF;
+  return (connection.bootstrap.baudRates & (port | CL_BAUDRATE_9600)) & 0xFF;
+}
+
+bool isBaudRateRegister(const Connection& connection, uint64_t address, uint64_t size) {
+  return connection.bootstrap.sbrmAddress && size == 4 && address == currentRateRegister(connection);
 }
 
 void changeBaudRate(ISerial* serial, Connection& connection, uint32_t baudBit, uint32_t timeoutMs) {
-  const uint32_t supported = supportedBaudRates(serial, connection, timeoutMs);
+  const uint32_t supported = supportedBaudRates(serial, connection);
   if (baudBit == CL_BAUDRATE_AUTOMAX) baudBit = highestBit(supported);
   if (!isSingleBaudBit(baudBit)) {
     throw DriverFailure(CL_ERR_PARAM_DATA_VALUE, "not a single baud-rate value");
@@ -65,18 +64,12 @@ void changeBaudRate(ISerial* serial, Connection& connection, uint32_t baudBit, u
     throw DriverFailure(CL_ERR_BAUD_RATE_NOT_SUPPORTED, "device or port lacks that baud rate");
   }
   if (baudBit == connection.baudBit) return;
-  const uint64_t reg = *connection.bootstrap.sbrmAddress + vq::gencp::sbrm::kCurrentBaudrate;
+  const uint64_t reg = currentRateRegister(connection);
   const std::vector<uint8_t> value = bigEndian32(baudBit);
   const uint32_t oldBit = connection.baudBit;
   for (int round = 0; round < kChangeRounds; ++round) {
-    {
-      Channel atOldRate = connection.channel(serial);
-      std::optional<PendingWrite> pending;
-      const CLINT32 status = atOldRate.writeMem(reg, value.data(), value.size(), timeoutMs, pending);
-      if (status == CL_ERR_PENDING_WRITE) {
-        throw DriverFailure(CL_ERR_TIMEOUT, "the device kept the baud-rate change pending");
-      }
-    }
+    // The device may take its time to switch (a pending acknowledge): wait for its answer.
+    connection.channel(serial).writeMemToEnd(reg, value, timeoutMs);
     const CLINT32 portStatus = serial->clSetBaudRate(baudBit);
     if (portStatus != CL_ERR_NO_ERR) {
       // The device falls back by itself when no confirmation comes.
@@ -84,8 +77,10 @@ void changeBaudRate(ISerial* serial, Connection& connection, uint32_t baudBit, u
       throw DriverFailure(portStatus, "the port refused the new baud rate");
     }
     connection.baudBit = baudBit;
-    Channel atNewRate = connection.channel(serial);
-    if (atNewRate.writeOnce(reg, value, kConfirmationTimeoutMs)) return;
+    if (connection.channel(serial).writeOnce(reg, value, kConfirmationTimeoutMs)) {
+      PortMemory::rememberRate(serial, baudBit);
+      return;
+    }
     serial->clSetBaudRate(oldBit);
     connection.baudBit = oldBit;
     vq::platform::SleepMilliseconds(vq::gencp::sbrm::kHostRetryDelayMs);

@@ -3,40 +3,122 @@
 #include <vq/gencp/Bootstrap.h>
 #include <vq/gencp/Endian.h>
 
+#include <algorithm>
+#include <cstdio>
+
+#include "DriverFailure.h"
+#include "ErrorCodes.h"
+
 namespace vq::gencpdrv {
 
 namespace {
 
-uint64_t readNumber(Channel& channel, uint64_t address, std::size_t size, uint32_t timeoutMs) {
-  const auto bytes = channel.readMem(address, size, timeoutMs);
-  return vq::gencp::readUnsigned(bytes.data(), bytes.size());
+namespace abrm = vq::gencp::abrm;
+
+// The block read at once: manufacturer name up to the end of the device configuration.
+constexpr uint64_t kBlockStart = abrm::kManufacturerName;
+constexpr uint64_t kBlockEnd = abrm::kDeviceConfiguration + 8;
+constexpr uint32_t kSupportedMajor = 1;
+// Sends of the first read at a rate being tried: one resend survives a lost answer without
+// making every wrong rate slow.
+constexpr int kLivenessSends = 2;
+
+bool isDeviceRefusal(const DriverFailure& failure) {
+  return failure.code() <= kDeviceStatusBase - 1 && failure.code() >= kGenericDeviceError;
 }
 
-std::string readToken(Channel& channel, uint64_t address, uint32_t timeoutMs) {
-  const auto bytes = channel.readMem(address, vq::gencp::abrm::kStringSize, timeoutMs);
-  return toIdentifierToken(registerString(bytes.data(), bytes.size()));
+void checkVersion(uint32_t version) {
+  if (version >> 16 == kSupportedMajor) return;
+  char text[96];
+  std::snprintf(text, sizeof text, "the device speaks GenCP %u.%u; this driver speaks %u.x",
+                version >> 16, version & 0xFFFF, kSupportedMajor);
+  throw DriverFailure(kUnsupportedVersion, text);
+}
+
+// The block register by register, for devices that refuse reads across registers or lack
+// optional ones (family name, serial bootstrap block); missing ones stay zero.
+std::vector<uint8_t> readBlockPiecewise(Channel& channel, uint32_t timeoutMs) {
+  std::vector<uint8_t> block(kBlockEnd - kBlockStart, 0);
+  auto readInto = [&](uint64_t address, std::size_t size, bool optional) {
+    try {
+      const auto bytes = channel.readMem(address, size, timeoutMs);
+      std::copy(bytes.begin(), bytes.end(), block.begin() + (address - kBlockStart));
+    } catch (const DriverFailure& failure) {
+      if (!optional || !isDeviceRefusal(failure)) throw;
+    }
+  };
+  readInto(abrm::kDeviceCapability, 8, false);
+  const uint64_t capabilities = vq::gencp::readU64(&block[abrm::kDeviceCapability - kBlockStart]);
+  for (uint64_t address : {abrm::kManufacturerName, abrm::kModelName, abrm::kDeviceVersion,
+                           abrm::kSerialNumber}) {
+    readInto(address, abrm::kStringSize, false);
+  }
+  if (capabilities & abrm::kCapFamilyName) readInto(abrm::kFamilyName, abrm::kStringSize, false);
+  readInto(abrm::kMaxDeviceResponseTime, 4, false);
+  readInto(abrm::kManifestTableAddress, 8, false);
+  if (capabilities & abrm::kCapSbrm) readInto(abrm::kSbrmAddress, 8, false);
+  readInto(abrm::kDeviceConfiguration, 8, true);
+  return block;
+}
+
+KnownDevice parseBlock(const std::vector<uint8_t>& block, uint32_t version) {
+  auto at = [&block](uint64_t address) { return block.data() + (address - kBlockStart); };
+  KnownDevice device;
+  BootstrapInfo& info = device.bootstrap;
+  info.gencpVersion = version;
+  info.capabilities = vq::gencp::readU64(at(abrm::kDeviceCapability));
+  info.maxResponseMs = vq::gencp::readU32(at(abrm::kMaxDeviceResponseTime));
+  info.manifestAddress = vq::gencp::readU64(at(abrm::kManifestTableAddress));
+  if (info.capabilities & abrm::kCapSbrm) info.sbrmAddress = vq::gencp::readU64(at(abrm::kSbrmAddress));
+  info.deviceConfiguration = vq::gencp::readU64(at(abrm::kDeviceConfiguration));
+  const uint32_t encoding = info.stringEncoding();
+  auto text = [&](uint64_t address) {
+    return registerString(at(address), abrm::kStringSize, encoding);
+  };
+  info.serialNumberText = text(abrm::kSerialNumber);
+  DeviceIdentity& id = device.identity;
+  id.manufacturer = toIdentifierToken(text(abrm::kManufacturerName));
+  id.family = toIdentifierToken(
+      info.capabilities & abrm::kCapFamilyName ? text(abrm::kFamilyName) : std::string());
+  id.model = toIdentifierToken(text(abrm::kModelName));
+  id.version = toIdentifierToken(text(abrm::kDeviceVersion));
+  id.serialNumber = toIdentifierToken(info.serialNumberText);
+  return device;
 }
 
 }  // namespace
 
-void readBootstrap(Channel& channel, uint32_t timeoutMs, BootstrapInfo& info,
-                   DeviceIdentity& identity) {
-  namespace abrm = vq::gencp::abrm;
-  info.gencpVersion = static_cast<uint32_t>(readNumber(channel, abrm::kGenCPVersion, 4, timeoutMs));
-  info.capabilities = readNumber(channel, abrm::kDeviceCapability, 8, timeoutMs);
-  identity.manufacturer = readToken(channel, abrm::kManufacturerName, timeoutMs);
-  if (info.capabilities & abrm::kCapFamilyName) {
-    identity.family = readToken(channel, abrm::kFamilyName, timeoutMs);
+Identification identify(Channel& channel, const std::optional<KnownDevice>& known,
+                        uint32_t timeoutMs) {
+  channel.setMaxSends(kLivenessSends);
+  if (known) {
+    const auto serial = channel.readMem(abrm::kSerialNumber, abrm::kStringSize, timeoutMs, true);
+    channel.setMaxSends(kMaxSends);
+    const uint32_t encoding = known->bootstrap.stringEncoding();
+    if (registerString(serial.data(), serial.size(), encoding) == known->bootstrap.serialNumberText) {
+      return Identification{*known, false};
+    }
   }
-  identity.model = readToken(channel, abrm::kModelName, timeoutMs);
-  identity.version = readToken(channel, abrm::kDeviceVersion, timeoutMs);
-  identity.serialNumber = readToken(channel, abrm::kSerialNumber, timeoutMs);
-  info.maxResponseMs =
-      static_cast<uint32_t>(readNumber(channel, abrm::kMaxDeviceResponseTime, 4, timeoutMs));
-  info.manifestAddress = readNumber(channel, abrm::kManifestTableAddress, 8, timeoutMs);
-  if (info.capabilities & abrm::kCapSbrm) {
-    info.sbrmAddress = readNumber(channel, abrm::kSbrmAddress, 8, timeoutMs);
+  const auto versionBytes = channel.readMem(abrm::kGenCPVersion, 4, timeoutMs, !known);
+  channel.setMaxSends(kMaxSends);
+  const uint32_t version = vq::gencp::readU32(versionBytes.data());
+  checkVersion(version);
+  std::vector<uint8_t> block;
+  try {
+    block = channel.readMem(kBlockStart, kBlockEnd - kBlockStart, timeoutMs);
+  } catch (const DriverFailure& failure) {
+    if (!isDeviceRefusal(failure)) throw;
+    block = readBlockPiecewise(channel, timeoutMs);
   }
+  KnownDevice device = parseBlock(block, version);
+  BootstrapInfo& info = device.bootstrap;
+  if (info.sbrmAddress) {
+    // The rates are needed by every rate change; they are read here, at the cost of the probe.
+    const auto rates = channel.readMem(*info.sbrmAddress + vq::gencp::sbrm::kSupportedBaudrates,
+                                       4, timeoutMs);
+    info.baudRates |= vq::gencp::readU32(rates.data());
+  }
+  return Identification{device, true};
 }
 
 }  // namespace vq::gencpdrv

@@ -50,8 +50,11 @@ std::atomic<uint16_t> gRequestCounter{1};
 
 void Channel::resetRequestIds(uint16_t first) { gRequestCounter = first == 0 ? 1 : first; }
 
-Channel::Channel(ISerial* serial, uint32_t bitsPerSecond, EventSink events)
-    : link_(serial), bitsPerSecond_(bitsPerSecond), events_(std::move(events)) {}
+Channel::Channel(ISerial* serial, uint32_t bitsPerSecond, uint32_t responseMs, EventSink events)
+    : link_(serial),
+      bitsPerSecond_(bitsPerSecond),
+      responseMs_(responseMs),
+      events_(std::move(events)) {}
 
 // Request ids are process-wide so that a new connection never repeats the id of the last
 // command a device answered (it would replay the stored acknowledge instead of executing).
@@ -64,10 +67,9 @@ uint16_t Channel::nextRequestId() {
   return current;
 }
 
-uint64_t Channel::ackWindowMs(const Packet& command, std::size_t ackBytes,
-                              uint32_t timeoutMs) const {
+uint64_t Channel::ackWindowMs(const Packet& command, std::size_t ackBytes) const {
   const std::size_t commandBytes = vq::gencp::kHeaderSize + command.scd.size();
-  return timeoutMs + transferMs(commandBytes + ackBytes, bitsPerSecond_) + kMarginMs;
+  return responseMs_ + transferMs(commandBytes + ackBytes, bitsPerSecond_) + kMarginMs;
 }
 
 uint64_t Channel::pendingWindowMs(uint16_t pendingMs) const {
@@ -76,7 +78,8 @@ uint64_t Channel::pendingWindowMs(uint16_t pendingMs) const {
 
 void Channel::send(const Packet& command, uint32_t timeoutMs) {
   const std::vector<uint8_t> bytes = vq::gencp::encode(command);
-  const uint64_t window = timeoutMs + transferMs(bytes.size(), bitsPerSecond_) + kMarginMs;
+  const uint64_t window =
+      std::max(timeoutMs, responseMs_) + transferMs(bytes.size(), bitsPerSecond_) + kMarginMs;
   const CLINT32 status = link_.writeAll(bytes, static_cast<uint32_t>(std::min<uint64_t>(window, 0x7FFFFFFF)));
   if (status != CL_ERR_NO_ERR) {
     throw DriverFailure(status, "sending a command on the serial link failed");
@@ -163,7 +166,7 @@ Packet Channel::exchange(Packet command, uint32_t timeoutMs) {
   send(command, timeoutMs);
   int sends = 1;
   int pendings = 0;
-  Deadline attempt(ackWindowMs(command, expectedAck, timeoutMs));
+  Deadline attempt(ackWindowMs(command, expectedAck));
   while (true) {
     AwaitResult result = awaitAck(command, attempt);
     if (result.kind == AckKind::Ack) return result.ack;
@@ -172,27 +175,30 @@ Packet Channel::exchange(Packet command, uint32_t timeoutMs) {
       attempt.extendTo(pendingWindowMs(result.pendingMs));
       continue;
     }
-    if (sends >= kMaxSends) break;
+    if (sends >= maxSends_) break;
     resendPrepare(command);
     send(command, timeoutMs);
     ++sends;
-    attempt = Deadline(ackWindowMs(command, expectedAck, timeoutMs));
+    attempt = Deadline(ackWindowMs(command, expectedAck));
   }
   throw DriverFailure(CL_ERR_TIMEOUT, "no acknowledge from the device after " +
                                           std::to_string(sends) + " tries");
 }
 
-std::vector<uint8_t> Channel::readMem(uint64_t address, std::size_t length, uint32_t timeoutMs) {
+std::vector<uint8_t> Channel::readMem(uint64_t address, std::size_t length, uint32_t timeoutMs,
+                                      bool requestIdZero) {
   std::vector<uint8_t> data;
   data.reserve(length);
+  const uint32_t busyBudgetMs = std::max(timeoutMs, responseMs_);
   while (data.size() < length) {
     const auto chunk =
         static_cast<uint16_t>(std::min(length - data.size(), vq::gencp::kMaxReadData));
     const uint64_t chunkAddress = address + data.size();
     Packet ack;
     for (uint32_t waited = 0;; waited += kBusyPauseMs) {
-      ack = exchange(vq::gencp::makeReadMemCommand(nextRequestId(), chunkAddress, chunk), timeoutMs);
-      if (ack.status() != vq::gencp::kStatusBusy || waited >= timeoutMs) break;
+      const uint16_t id = requestIdZero && data.empty() && waited == 0 ? 0 : nextRequestId();
+      ack = exchange(vq::gencp::makeReadMemCommand(id, chunkAddress, chunk), timeoutMs);
+      if (ack.status() != vq::gencp::kStatusBusy || waited >= busyBudgetMs) break;
       pauseWhileBusy();
     }
     if (vq::gencp::isErrorStatus(ack.status())) throwStatus("read", chunkAddress, ack.status());
@@ -232,6 +238,14 @@ CLINT32 Channel::continueWrite(std::optional<PendingWrite>& pending, uint32_t ti
   return driveWrite(pending, timeoutMs, true);
 }
 
+CLINT32 Channel::writeMemToEnd(uint64_t address, const std::vector<uint8_t>& data,
+                               uint32_t timeoutMs) {
+  std::optional<PendingWrite> pending;
+  CLINT32 status = writeMem(address, data.data(), data.size(), timeoutMs, pending);
+  while (status == CL_ERR_PENDING_WRITE) status = continueWrite(pending, timeoutMs);
+  return status;
+}
+
 CLINT32 Channel::driveWrite(std::optional<PendingWrite>& pending, uint32_t timeoutMs,
                             bool resumed) {
   try {
@@ -242,7 +256,7 @@ CLINT32 Channel::driveWrite(std::optional<PendingWrite>& pending, uint32_t timeo
       // While the device runs the write, wait at most the caller's time-out per call, and
       // never beyond the time the device announced.
       bool waitedForCaller = false;
-      uint64_t waitMs = ackWindowMs(state.command, 20, timeoutMs);
+      uint64_t waitMs = ackWindowMs(state.command, 20);
       if (inPending) {
         waitedForCaller = state.pendingBudgetMs > timeoutMs;
         waitMs = waitedForCaller ? timeoutMs : state.pendingBudgetMs;
@@ -259,7 +273,7 @@ CLINT32 Channel::driveWrite(std::optional<PendingWrite>& pending, uint32_t timeo
       }
       if (result.kind == AckKind::Lost) {
         if (waitedForCaller) return CL_ERR_PENDING_WRITE;
-        if (state.sends >= kMaxSends) {
+        if (state.sends >= maxSends_) {
           throw DriverFailure(CL_ERR_TIMEOUT, "no acknowledge from the device after " +
                                                   std::to_string(state.sends) + " tries");
         }
@@ -270,7 +284,8 @@ CLINT32 Channel::driveWrite(std::optional<PendingWrite>& pending, uint32_t timeo
         continue;
       }
       const uint64_t chunkAddress = vq::gencp::readU64(state.command.scd.data());
-      if (result.ack.status() == vq::gencp::kStatusBusy && state.busyWaitedMs < timeoutMs) {
+      if (result.ack.status() == vq::gencp::kStatusBusy &&
+          state.busyWaitedMs < std::max(timeoutMs, responseMs_)) {
         // The device still runs an earlier command: try again as a new command.
         pauseWhileBusy();
         state.busyWaitedMs += kBusyPauseMs;
@@ -284,11 +299,11 @@ CLINT32 Channel::driveWrite(std::optional<PendingWrite>& pending, uint32_t timeo
       if (!checkWriteAck(result.ack, dataSize)) {
         throwStatus("write", chunkAddress, result.ack.status());
       }
-      if (result.ack.status() != vq::gencp::kStatusSuccess) state.warning = true;
+      if (result.ack.status() != vq::gencp::kStatusSuccess) state.warningStatus = result.ack.status();
       if (state.rest.empty()) {
-        const bool warning = state.warning;
+        warningStatus_ = state.warningStatus;
         pending.reset();
-        return warning ? kWriteWarning : CL_ERR_NO_ERR;
+        return warningStatus_ != 0 ? kWriteWarning : CL_ERR_NO_ERR;
       }
       const std::size_t next = std::min(state.rest.size(), vq::gencp::kMaxWriteData);
       state.command = vq::gencp::makeWriteMemCommand(nextRequestId(), state.restAddress,
@@ -313,7 +328,8 @@ bool Channel::writeOnce(uint64_t address, const std::vector<uint8_t>& data, uint
   } catch (const DriverFailure&) {
     return false;
   }
-  Deadline attempt(ackWindowMs(command, 20, timeoutMs));
+  const std::size_t bytes = 2 * vq::gencp::kHeaderSize + command.scd.size() + 4;
+  Deadline attempt(std::min(timeoutMs, responseMs_) + transferMs(bytes, bitsPerSecond_) + kMarginMs);
   for (int pendings = 0; pendings <= kMaxPendings; ++pendings) {
     AwaitResult result = awaitAck(command, attempt);
     if (result.kind == AckKind::Ack) return !vq::gencp::isErrorStatus(result.ack.status());
@@ -321,6 +337,17 @@ bool Channel::writeOnce(uint64_t address, const std::vector<uint8_t>& data, uint
     attempt.extendTo(pendingWindowMs(result.pendingMs));
   }
   return false;
+}
+
+void Channel::awaitLateAnswer(uint16_t requestId, Deadline deadline) {
+  Packet command;
+  command.commandId = vq::gencp::kWriteMemCmd;
+  command.requestId = requestId;
+  for (int pendings = 0; pendings <= kMaxPendings && !deadline.expired(); ++pendings) {
+    const AwaitResult result = awaitAck(command, deadline);
+    if (result.kind != AckKind::Pending) return;
+    deadline.extendTo(pendingWindowMs(result.pendingMs));
+  }
 }
 
 }  // namespace vq::gencpdrv

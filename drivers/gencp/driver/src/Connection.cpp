@@ -2,6 +2,8 @@
 
 #include <vq/gencp/Constants.h>
 
+#include <algorithm>
+
 namespace vq::gencpdrv {
 
 namespace {
@@ -24,11 +26,43 @@ uint32_t bitsPerSecond(uint32_t baudBit) {
   return rate != 0 ? rate : 9600;
 }
 
+namespace {
+// Bounds of the wait for an answer; a device reporting 0 gets the usual 300 ms.
+constexpr uint32_t kDefaultResponseMs = 300;
+constexpr uint32_t kMinResponseMs = 20;
+constexpr uint32_t kMaxResponseMs = 30000;
+}  // namespace
+
+uint32_t BootstrapInfo::responseMs() const {
+  if (maxResponseMs == 0) return kDefaultResponseMs;
+  return std::clamp(maxResponseMs, kMinResponseMs, kMaxResponseMs);
+}
+
+Channel Connection::pendingChannel(ISerial* serial) {
+  return Channel(serial, bitsPerSecond(baudBit), bootstrap.responseMs(),
+                 [this](const vq::gencp::Packet& event) {
+                   if (events.size() >= kMaxQueuedEvents) events.pop_front();
+                   events.push_back(vq::gencp::encode(event));
+                 });
+}
+
 Channel Connection::channel(ISerial* serial) {
-  return Channel(serial, bitsPerSecond(baudBit), [this](const vq::gencp::Packet& event) {
-    if (events.size() >= kMaxQueuedEvents) events.pop_front();
-    events.push_back(vq::gencp::encode(event));
-  });
+  Channel result = pendingChannel(serial);
+  abandonPendingWrite();
+  if (abandonedWrite) {
+    const AbandonedWrite late = *abandonedWrite;
+    abandonedWrite.reset();
+    result.awaitLateAnswer(late.requestId, late.until);
+  }
+  return result;
+}
+
+void Connection::abandonPendingWrite() {
+  if (!pendingWrite) return;
+  const uint64_t leftMs = pendingWrite->pendingBudgetMs +
+                          transferMs(vq::gencp::kMaxPacketSize, bitsPerSecond(baudBit));
+  abandonedWrite = AbandonedWrite{pendingWrite->command.requestId, Deadline(leftMs)};
+  pendingWrite.reset();
 }
 
 CLUINT32 ConnectionRegistry::add(std::shared_ptr<Connection> connection) {

@@ -25,8 +25,6 @@ class Deadline {
     end_ = Clock::now() + std::chrono::milliseconds(millisecondsFromNow);
   }
 
-  bool before(const Deadline& other) const { return end_ < other.end_; }
-
  private:
   Clock::time_point end_;
 };

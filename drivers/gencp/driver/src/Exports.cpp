@@ -3,13 +3,18 @@
 #include <CLProtocol/CLProtocol.h>
 #include <CLProtocol/ISerial.h>
 
+#include <cstdio>
 #include <cstring>
 #include <mutex>
 
+#include <vq/gencp/Endian.h>
+
+#include "ComPort.h"
 #include "DriverLocation.h"
 #include "ErrorCodes.h"
 #include "Guard.h"
 #include "Operations.h"
+#include "PortMemory.h"
 #include "Templates.h"
 
 using namespace vq::gencpdrv;
@@ -39,11 +44,21 @@ CLINT32 onRegisterTransfer(ISerial* serial, CLUINT32 cookie, CLINT64 address, co
   if (serial == nullptr || (buffer == nullptr && bufferSize != 0)) return CL_ERR_INVALID_PTR;
   if (bufferSize < 0 || bufferSize > kMaxTransfer || address < 0) return CL_ERR_INVALID_INDEX;
   return onConnection(cookie, [&](Connection& connection) {
-    connection.pendingWrite.reset();
     if (bufferSize == 0) return CL_ERR_NO_ERR;
     Channel channel = connection.channel(serial);
     return transfer(channel, connection);
   });
+}
+
+// A write done with a warning leaves the device's status as the connection's last error text.
+CLINT32 noteWarning(Connection& connection, const Channel& channel, CLINT32 status) {
+  if (status == kWriteWarning) {
+    char text[96];
+    std::snprintf(text, sizeof text, "the device executed the write with warning status 0x%04X",
+                  channel.warningStatus());
+    connection.lastError = text;
+  }
+  return status;
 }
 
 std::string joinWithTabs(const std::vector<std::string>& items) {
@@ -88,6 +103,7 @@ CLPROTOCOLEXPORT CLINT32 CLPROTOCOL clpCloseLib(void) {
   state.open = false;
   state.logger = nullptr;
   ConnectionRegistry::clear();
+  PortMemory::clear();
   return CL_ERR_NO_ERR;
 }
 
@@ -154,13 +170,24 @@ CLPROTOCOLEXPORT CLINT32 CLPROTOCOL clpWriteRegister(ISerial* pSerial, const CLU
                                                      const CLINT64 Address, const CLINT8* pBuffer,
                                                      const CLINT64 BufferSize,
                                                      const CLUINT32 TimeOut) {
-  return onRegisterTransfer(pSerial, Cookie, Address, pBuffer, BufferSize,
-                            [&](Channel& channel, Connection& connection) -> CLINT32 {
-                              return channel.writeMem(static_cast<uint64_t>(Address),
-                                                      reinterpret_cast<const uint8_t*>(pBuffer),
-                                                      static_cast<std::size_t>(BufferSize), TimeOut,
-                                                      connection.pendingWrite);
-                            });
+  const auto* bytes = reinterpret_cast<const uint8_t*>(pBuffer);
+  const auto address = static_cast<uint64_t>(Address);
+  return onRegisterTransfer(
+      pSerial, Cookie, Address, pBuffer, BufferSize,
+      [&](Channel& channel, Connection& connection) -> CLINT32 {
+        // A new rate written through the description's baud-rate feature takes the same
+        // procedure as CLP_DEVICE_BAUDERATE, so that the port follows the device.
+        if (isBaudRateRegister(connection, address, static_cast<uint64_t>(BufferSize))) {
+          const uint32_t bit = vq::gencp::readU32(bytes);
+          if (bit != 0 && (bit & (bit - 1)) == 0) {
+            changeBaudRate(pSerial, connection, bit, TimeOut);
+            return CL_ERR_NO_ERR;
+          }
+        }
+        return noteWarning(connection, channel,
+                           channel.writeMem(address, bytes, static_cast<std::size_t>(BufferSize),
+                                            TimeOut, connection.pendingWrite));
+      });
 }
 
 CLPROTOCOLEXPORT CLINT32 CLPROTOCOL clpContinueWriteRegister(ISerial* pSerial,
@@ -171,11 +198,14 @@ CLPROTOCOLEXPORT CLINT32 CLPROTOCOL clpContinueWriteRegister(ISerial* pSerial,
   return onConnection(Cookie, [&](Connection& connection) {
     if (!connection.pendingWrite) return CL_ERR_NO_ERR;
     if (!ContinueWaiting) {
-      connection.pendingWrite.reset();  // its late acknowledge is skipped as stale
+      // A device cannot abort a command it executes: the chunks not sent yet are dropped, and
+      // the next call first waits out the one running (its announced time) instead of being
+      // refused as busy.
+      connection.abandonPendingWrite();
       return CL_ERR_NO_ERR;
     }
-    Channel channel = connection.channel(pSerial);
-    return channel.continueWrite(connection.pendingWrite, TimeOut);
+    Channel channel = connection.pendingChannel(pSerial);
+    return noteWarning(connection, channel, channel.continueWrite(connection.pendingWrite, TimeOut));
   });
 }
 
@@ -222,7 +252,8 @@ CLPROTOCOLEXPORT CLINT32 CLPROTOCOL clpIsParamSupported(CLP_PARAMS param) {
 
 CLPROTOCOLEXPORT CLINT32 CLPROTOCOL clpGetParam(ISerial* pSerial, CLP_PARAMS param,
                                                 const CLUINT32 Cookie, CLINT8* pBuffer,
-                                                const CLINT64 BufferSize, const CLUINT32 TimeOut) {
+                                                const CLINT64 BufferSize,
+                                                const CLUINT32 /* answered without the line */) {
   switch (param) {
     case CLP_LOG_LEVEL: {
       LibraryState& state = library();
@@ -239,8 +270,8 @@ CLPROTOCOLEXPORT CLINT32 CLPROTOCOL clpGetParam(ISerial* pSerial, CLP_PARAMS par
       if (BufferSize != 4) return CL_ERR_PARAM_DATA_SIZE;
       return onConnection(Cookie, [&](Connection& connection) {
         const uint32_t value = param == CLP_DEVICE_BAUDERATE
-                                   ? currentBaudRate(pSerial, connection, TimeOut)
-                                   : supportedBaudRates(pSerial, connection, TimeOut);
+                                   ? currentBaudRate(connection)
+                                   : supportedBaudRates(pSerial, connection);
         return writeValue32(pBuffer, BufferSize, value);
       });
   }
@@ -306,5 +337,18 @@ CLPROTOCOLEXPORT CLINT32 CLPROTOCOL clpGetEventData(const CLUINT32 Cookie, CLINT
     *pBufferSize = static_cast<CLUINT32>(event.size());
     connection.events.pop_front();
     return CL_ERR_NO_ERR;
+  });
+}
+
+CLPROTOCOLEXPORT CLINT32 CLPROTOCOL vxGetXMLSha1(ISerial* pSerial, const CLUINT32 Cookie,
+                                                 const CLINT8* pXMLID, CLINT8* pSha1,
+                                                 CLUINT32* pBufferSize, const CLUINT32 TimeOut) {
+  if (pSerial == nullptr || pXMLID == nullptr || pBufferSize == nullptr) return CL_ERR_INVALID_PTR;
+  return onConnection(Cookie, [&](Connection& connection) {
+    const std::string digest = descriptionSha1(pSerial, connection, pXMLID, TimeOut);
+    if (digest.empty()) {
+      throw DriverFailure(CL_ERR_NO_XMLDESCRIPTION_FOUND, "the device gives no SHA-1 for it");
+    }
+    return copyText(digest, pSha1, pBufferSize);
   });
 }

@@ -1,5 +1,7 @@
-// The device's manifest: which descriptions it holds, where, in which format.
+// The device's manifest: which descriptions it holds, where, in which format, with which SHA-1.
 #pragma once
+
+#include <vq/gencp/Sha1.h>
 
 #include <cstdint>
 #include <string>
@@ -16,15 +18,19 @@ struct ManifestEntry {
   uint64_t size = 0;
   uint32_t format = 0;  // 0 XML text, 1 ZIP holding one XML file
   uint32_t fileType = 0;
+  vq::gencp::Sha1Digest sha1{};  // all zero when the device gives none
 };
 
 // Entries the manifest holds beyond this are ignored.
 constexpr uint64_t kMaxManifestEntries = 64;
 
-// Decodes one 64-byte entry; the XML ID takes `deviceTemplate` as its template part.
+// Decodes one entry (at least its first 44 bytes); the XML ID takes `deviceTemplate` as its
+// template part.
 ManifestEntry decodeManifestEntry(const uint8_t* entry, const std::string& deviceTemplate);
 
-// Device-description entries (file type 0) of the manifest at `tableAddress`, best first.
+// Device-description entries (file type 0) of the manifest at `tableAddress`, best first. Only
+// the meaningful bytes are read: the count and the first entry in one packet, the rest of the
+// table only when there are more entries.
 std::vector<ManifestEntry> readManifest(Channel& channel, uint64_t tableAddress,
                                         const std::string& deviceTemplate, uint32_t timeoutMs);
 

@@ -23,9 +23,6 @@ class SerialLink {
   // Discards input until the line has been quiet for `quietMs` (bounded amount).
   void drain(uint32_t quietMs);
 
-  CLINT32 setBaudRate(uint32_t bit) { return serial_->clSetBaudRate(bit); }
-  CLINT32 supportedBaudRates(uint32_t* bits) { return serial_->clGetSupportedBaudRates(bits); }
-
  private:
   ISerial* serial_;
 };

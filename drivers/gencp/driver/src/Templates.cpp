@@ -43,7 +43,8 @@ std::vector<DescriptionFile> descriptionFiles(const std::string& location) {
         name.compare(name.size() - suffix.size(), suffix.size(), suffix) != 0) {
       continue;
     }
-    if (auto id = XmlId::parse(name.substr(0, name.size() - suffix.size()))) {
+    const auto id = XmlId::parse(name.substr(0, name.size() - suffix.size()));
+    if (id && isSupportedSchema(*id)) {
       files.push_back({*id, location + "/" + name});
     }
   }

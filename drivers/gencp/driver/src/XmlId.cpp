@@ -62,6 +62,8 @@ std::optional<XmlId> XmlId::parse(const std::string& text) {
   return id;
 }
 
+bool isSupportedSchema(const XmlId& id) { return id.schemaMajor == 1 && id.schemaMinor <= 1; }
+
 bool preferredOver(const XmlId& a, const XmlId& b) {
   const auto key = [](const XmlId& id) {
     return std::make_tuple(id.schemaMajor, id.schemaMinor, splitTokens(id.deviceTemplate).size(),

@@ -19,6 +19,9 @@ struct XmlId {
   static std::optional<XmlId> parse(const std::string& text);
 };
 
+// True for the description schemas a GenApi of this project reads: 1.0 and 1.1.
+bool isSupportedSchema(const XmlId& id);
+
 // True when `a` is preferred to `b`: higher schema, then longer template, then higher version.
 bool preferredOver(const XmlId& a, const XmlId& b);
 

@@ -25,6 +25,10 @@ class PseudoTerminal : public DeviceStream {
   // e.g. "/dev/pts/5"; empty when not open.
   const std::string& SlavePath() const { return slavePath_; }
 
+  // Line speed the client last set on the slave side (bits per second), 0 when unknown.
+  // A pseudo-terminal carries bytes at any speed; this only tells what the client asked for.
+  std::uint32_t SlaveBaudRate() const;
+
   // Closes both sides.
   void Close();
 

@@ -1,9 +1,10 @@
 // The simulated camera's registers and behaviours, independent of any byte stream:
 // bootstrap registers, manifest and description file, serial bootstrap block with the
-// baud-rate confirmation procedure, registers of the description, self-clearing commands
-// and the configuration save.
+// baud-rate confirmation procedure, access privilege and heartbeat, registers of the
+// description, self-clearing commands and the configuration save.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -20,6 +21,9 @@ constexpr uint64_t kSbrmAddress = 0x10000;
 constexpr uint64_t kManifestAddress = 0x20000;
 constexpr uint64_t kDescriptionFileAddress = 0x100000;
 constexpr uint32_t kGenCPVersion = 0x00010003;  // 1.3
+// Access privilege values.
+constexpr uint32_t kPrivilegeAvailable = 0;
+constexpr uint32_t kPrivilegeOpen = 1;
 
 struct Outcome {
   uint16_t status = 0;
@@ -42,6 +46,15 @@ class Device {
   uint64_t now() const { return nowUs_; }
   // Earliest pending timer, UINT64_MAX when none.
   uint64_t nextTimerUs() const;
+
+  // A command from the host arrived: restarts the heartbeat time-out.
+  void hostActivity();
+  // While a command runs past the maximum response time the heartbeat is suspended.
+  void suspendHeartbeat(bool suspended);
+  bool heartbeatEnabled() const;
+  uint32_t accessPrivilege() const;
+  // Heartbeat time-outs that expired (privilege dropped, line back to 9600 baud).
+  unsigned heartbeatExpiries() const { return heartbeatExpiries_; }
 
   // Called when the acknowledge of a baud-rate write has been sent at the old rate.
   void commitBaudSwitch(uint32_t newRateBit);
@@ -72,7 +85,12 @@ class Device {
   void applyInitialValues();
   bool isReserved(uint64_t address, uint64_t length) const;
   void putU32(uint64_t address, uint32_t value);
+  uint64_t readNumber(uint64_t address, std::size_t size) const;
+  void resetLinkState();
+  bool needsPrivilege(uint64_t address) const;
   Outcome writeBaudRate(const std::vector<uint8_t>& data);
+  Outcome writeBootstrapNumber(uint64_t address, const std::vector<uint8_t>& data);
+  void expireHeartbeat();
   Outcome writeCommand(const CommandDef& command, const std::vector<uint8_t>& data);
   void schedule(uint64_t dueUs, std::function<void()> action);
 
@@ -94,6 +112,9 @@ class Device {
   Confirmation confirmation_;
   unsigned baudFallbacks_ = 0;
   unsigned saveCount_ = 0;
+  uint64_t heartbeatDueUs_ = UINT64_MAX;
+  bool heartbeatSuspended_ = false;
+  unsigned heartbeatExpiries_ = 0;
 };
 
 }  // namespace vq::sim
