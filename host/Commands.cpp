@@ -198,7 +198,7 @@ void Refresh(Session& session, const Args& args) {
   if (session.extension().ExecuteCommand(CMD_REFRESH_PARAMETER, name.data(),
                                          static_cast<std::uint32_t>(name.size() + 1)) != 1) {
     throw Refused("the camera driver does not know the parameter '" + args[0] +
-                  "'; give the description's node name, e.g. Width");
+                  "'; refresh and visible take node names of the camera's description");
   }
   session.catalogue().reload();
   session.output().emit({{"command", "refresh"}, {"name", args[0]}, {"refreshed", true}},

@@ -3,6 +3,7 @@
 // libclservqsim.so), every command in one session, the JSON output parsed back.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
 #include <regex>
 
@@ -149,3 +150,19 @@ TEST(TextOutput, InfoAndListAreAligned) {
 }
 
 }  // namespace
+
+// The second open of a camera takes its description from the user's cache; the camera
+// driver's parameter names must work then as after a download.
+TEST(DescriptionCache, DriverParameterNamesWorkOnACachedOpen) {
+  const std::string cache = hosttest::TempPath("cache");
+  std::filesystem::create_directories(cache);
+  for (const char* open : {"downloaded", "cached"}) {
+    SCOPED_TRACE(open);
+    const auto run = Vqcam({"--simulate", "--json", "refresh", "Width", ",", "visible", "Width"}, "",
+                           {{"XDG_CACHE_HOME", cache}});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    const auto results = ByCommand(JsonLines(run.out));
+    EXPECT_EQ(results.count("visible") ? results.at("visible")["visible"] : json(), true);
+  }
+  std::filesystem::remove_all(cache);
+}
