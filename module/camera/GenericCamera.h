@@ -149,6 +149,9 @@ class GenericCamera {
                             std::uint32_t showSelectorWhenNoMatch,
                             const GenICam::gcstring_vector& templates, const char* detectedFamily,
                             GenICam::gcstring& deviceID);
+  // After a write that succeeded: the camera's warning, if it gave one, goes to
+  // the host at level 3.
+  void ReportWriteWarning(GenericFeature& feature);
   // The destruction's order: port, adapter, feature tree, node map.
   void Teardown();
 

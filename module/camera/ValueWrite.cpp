@@ -114,7 +114,10 @@ std::int32_t GenericCamera::SetFeatureValueText(std::uint32_t index, const char*
     ReportMessage(MESSAGE_FAILURE, message);
     return 0;
   }
-  if (feature.SetValue(value.bytes.data(), value.size)) return 1;
+  if (feature.SetValue(value.bytes.data(), value.size)) {
+    ReportWriteWarning(feature);
+    return 1;
+  }
 
   ReportMessage(MESSAGE_DEVICE_ERROR, feature.FormatErrorMessage().c_str());
   feature.InvalidateRegisters(feature.Node());
@@ -126,6 +129,20 @@ std::int32_t GenericCamera::SetFeatureValueText(std::uint32_t index, const char*
     if (alive == 0) ReportMessage(MESSAGE_FAILURE, kCameraNotAvailable);
   }
   return 0;
+}
+
+void GenericCamera::ReportWriteWarning(GenericFeature& feature) {
+  // The node map writes through the port of its own connection, which an open
+  // that kept it has set aside.
+  CLProtocol::CCLPort* port = retiredPorts_.empty() ? port_.get() : retiredPorts_.front().get();
+  if (port == nullptr) return;
+  const GenICam::gcstring warning = port->GetLastWriteWarning();
+  if (warning.empty()) return;
+  // Executed with a warning: the host gets the camera's text as for a
+  // refusal, and the registers are read afresh, but the write stands.
+  feature.SetLastError(warning.c_str());
+  ReportMessage(MESSAGE_DEVICE_ERROR, feature.FormatErrorMessage().c_str());
+  feature.InvalidateRegisters(feature.Node());
 }
 
 std::int32_t GenericCamera::PressParameterButton(void*, std::uint32_t index) {
