@@ -65,6 +65,7 @@ Session::Session(const Options& options)
       output_(options.json),
       progress_(platform::IsStderrTerminal()) {
   if (!options_.visibility.empty()) VisibilityLevelName(options_.visibility);
+  if (!options_.baud.empty()) CheckCommand({"baud", options_.baud});
   try {
     backend_ = MakeBackend(options_);
     const std::string cameraText = options_.cameraText.value_or(backend_->defaultCameraText());
