@@ -5,7 +5,6 @@
 
 namespace vq::host {
 
-using namespace clser;
 
 bool ClSerialBackend::ParseSpec(const std::string& spec, std::string& library,
                                 std::uint32_t& index) {

@@ -36,14 +36,14 @@ class ClSerialBackend : public SerialBackend {
  private:
   template <typename Function>
   void bind(Function& function, const char* name);
-  std::string errorText(clser::CLINT32 status) const;
-  void remember(const char* operation, clser::CLINT32 status);
+  std::string errorText(CLINT32 status) const;
+  void remember(const char* operation, CLINT32 status);
 
   platform::SharedLibrary library_;
   std::uint32_t index_ = 0;
   std::uint32_t portCount_ = 0;
   std::uint32_t baudRate_ = 1;  // ports start at 9600 baud
-  clser::hSerRef ref_ = nullptr;
+  hSerRef ref_ = nullptr;
 
   clser::ClSerialInitFn init_ = nullptr;
   clser::ClSerialReadFn read_ = nullptr;

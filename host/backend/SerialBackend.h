@@ -7,15 +7,16 @@
 #include <stdexcept>
 #include <string>
 
+#include "vq/clser/ClSerial.h"
+
 namespace vq::host {
 
 // Camera Link serial status codes the backends use.
 enum ClStatus : std::int32_t {
-  kClOk = 0,
-  kClTimeout = -10004,
-  kClInvalidIndex = -10005,
-  kClInvalidReference = -10006,
-  kClBaudRateNotSupported = -10008,
+  kClOk = CL_ERR_NO_ERR,
+  kClTimeout = CL_ERR_TIMEOUT,
+  kClInvalidReference = CL_ERR_INVALID_REFERENCE,
+  kClBaudRateNotSupported = CL_ERR_BAUD_RATE_NOT_SUPPORTED,
 };
 
 // A connection that cannot be made; the text says what went wrong and what to do.

@@ -20,8 +20,6 @@
 
 #define CLSER_API extern "C" __attribute__((visibility("default")))
 
-using namespace vq::clser;
-
 namespace {
 
 struct SimulatedPort {

@@ -161,6 +161,8 @@ RunResult Vqcam(const std::vector<std::string>& args, const std::string& input,
   std::vector<std::string> argv = {VqcamProgram()};
   argv.insert(argv.end(), args.begin(), args.end());
   env.emplace("VQ_DIALOG", "none");
+  // No description cache unless a test asks for one, as under ctest.
+  env.emplace("XDG_CACHE_HOME", std::string(VQ_BINARY_DIR) + "/no-description-cache");
   return Run(argv, input, env);
 }
 

@@ -54,7 +54,8 @@ class Child {
 RunResult Run(const std::vector<std::string>& argv, const std::string& input = "",
               const std::map<std::string, std::string>& env = {}, int timeoutMs = 120000);
 
-// vqcam with these arguments; the dialog presenter is "none" unless `env` says otherwise.
+// vqcam with these arguments; the dialog presenter is "none" and no description cache is
+// used unless `env` says otherwise.
 RunResult Vqcam(const std::vector<std::string>& args, const std::string& input = "",
                 std::map<std::string, std::string> env = {});
 
