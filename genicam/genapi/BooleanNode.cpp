@@ -7,34 +7,35 @@ namespace GenApi {
 namespace impl {
 
 bool BooleanNode::ParseSpecific(const XmlElem& e) {
-  if (source_.Parse(e, name_)) return true;
-  if (e.name == "OnValue") on_ = ParseInt(name_, e);
-  else if (e.name == "OffValue") off_ = ParseInt(name_, e);
-  else return false;
-  return true;
+  if (source_.Parse(e, this, map_->Names(), Memory())) return true;
+  switch (e.id) {
+    case Elem::OnValue: on_ = ParseInt(name_, e); return true;
+    case Elem::OffValue: off_ = ParseInt(name_, e); return true;
+    default: return false;
+  }
 }
 
 void BooleanNode::CollectLinks(LinkSink& sink) {
   NodeImpl::CollectLinks(sink);
-  source_.CollectLinks(this, sink);
+  source_.CollectLinks(this, sink, kPolyInteger);
 }
 
 void BooleanNode::FinishLoad() {
   if (!source_.hasValue) return;
-  const std::string& t = source_.valueText;
+  const std::string_view t = source_.valueText;
   if (t == "true" || t == "True" || t == "Yes") value_ = on_;
   else if (t == "false" || t == "False" || t == "No") value_ = off_;
-  else value_ = ParseInt(name_, XmlElem{"Value", t, {}}) != 0 ? on_ : off_;
+  else value_ = ParseInt(name_, "Value", t) != 0 ? on_ : off_;
 }
 
 bool BooleanNode::ReadBool(bool verify, bool ignoreCache) {
-  const std::string* constant = nullptr;
+  const char* constant = nullptr;
   NodeImpl* n = source_.Current(this, ignoreCache, &constant);
   const int64_t raw = n ? ReadInt(this, n, ignoreCache) : value_;
   if (raw == on_) return true;
   if (verify && raw != off_)
-    throw OUT_OF_RANGE_EXCEPTION_NODE(name_.c_str(), "GetValue")(
-        "Node '%s' : value %lld is neither OnValue nor OffValue", name_.c_str(),
+    throw OUT_OF_RANGE_EXCEPTION_NODE(name_, "GetValue")(
+        "Node '%s' : value %lld is neither OnValue nor OffValue", name_,
         static_cast<long long>(raw));
   return false;
 }
@@ -75,8 +76,8 @@ void BooleanNode::FromString(const GenICam::gcstring& valueStr, bool verify) {
   if (s == "true" || s == "True" || s == "TRUE" || s == "1") SetValue(true, verify);
   else if (s == "false" || s == "False" || s == "FALSE" || s == "0") SetValue(false, verify);
   else
-    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_.c_str(), "FromString")(
-        "Node '%s' : cannot convert string '%s' to bool.", name_.c_str(), valueStr.c_str());
+    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_, "FromString")(
+        "Node '%s' : cannot convert string '%s' to bool.", name_, valueStr.c_str());
 }
 
 bool BooleanNode::IsValueCacheValid() const {

@@ -9,7 +9,7 @@ namespace impl {
 
 class BooleanNode : public NodeImpl, public virtual IBoolean {
  public:
-  BooleanNode(NodeMap* map, const std::string& name) : NodeImpl(map, name, "Boolean") {}
+  BooleanNode(NodeMap* map, const char* name) : NodeImpl(map, name, Elem::Boolean) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;

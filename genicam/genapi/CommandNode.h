@@ -10,7 +10,7 @@ namespace impl {
 
 class CommandNode : public NodeImpl, public virtual ICommand {
  public:
-  CommandNode(NodeMap* map, const std::string& name) : NodeImpl(map, name, "Command") {}
+  CommandNode(NodeMap* map, const char* name) : NodeImpl(map, name, Elem::Command) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;

@@ -13,32 +13,34 @@ namespace impl {
 // ---- EnumEntry ----
 
 bool EnumEntryNode::ParseSpecific(const XmlElem& e) {
-  if (e.name == "Value") valueText_ = e.text;
-  else if (e.name == "NumericValue") {
-    numeric_ = ParseDouble(name_, e);
-    hasNumeric_ = true;
-  } else if (e.name == "Symbolic") symbolic_ = e.text;
-  else if (e.name == "IsSelfClearing") selfClearing_ = ParseYesNo(e);
-  else return false;
-  return true;
+  switch (e.id) {
+    case Elem::Value: valueText_ = e.text; return true;
+    case Elem::NumericValue:
+      numeric_ = ParseDouble(name_, e);
+      hasNumeric_ = true;
+      return true;
+    case Elem::Symbolic: symbolic_ = e.text; return true;
+    case Elem::IsSelfClearing: selfClearing_ = ParseYesNo(e); return true;
+    default: return false;
+  }
 }
 
 void EnumEntryNode::FinishLoad() {
-  if (valueText_.empty())
-    throw PROPERTY_EXCEPTION("Node '%s' : element 'Value' is missing", name_.c_str());
-  value_ = ParseInt(name_, XmlElem{"Value", valueText_, {}});
+  if (valueText_ == nullptr || *valueText_ == '\0')
+    throw PROPERTY_EXCEPTION("Node '%s' : element 'Value' is missing", name_);
+  value_ = ParseInt(name_, "Value", valueText_);
 }
 
-GenICam::gcstring EnumEntryNode::ToString(bool, bool) { return symbolic_.c_str(); }
+GenICam::gcstring EnumEntryNode::ToString(bool, bool) { return symbolic_; }
 
 void EnumEntryNode::FromString(const GenICam::gcstring&, bool) { ThrowNotWritable("FromString"); }
 
 // ---- Enumeration ----
 
 bool EnumerationNode::ParseSpecific(const XmlElem& e) {
-  if (source_.Parse(e, name_)) return true;
-  if (e.name == "pEnumEntry") {
-    AddEntry(e.text);
+  if (source_.Parse(e, this, map_->Names(), Memory())) return true;
+  if (e.id == Elem::pEnumEntry) {
+    AddEntry(map_->Names().Intern(e.Text()));
     return true;
   }
   return false;
@@ -46,34 +48,31 @@ bool EnumerationNode::ParseSpecific(const XmlElem& e) {
 
 void EnumerationNode::CollectLinks(LinkSink& sink) {
   NodeImpl::CollectLinks(sink);
-  source_.CollectLinks(this, sink);
-  for (Ref& r : entries_) sink.Link(this, r, LinkClass::Invalidating, "pEnumEntry");
+  source_.CollectLinks(this, sink, kPolyInteger);
+  for (Ref& r : entries_)
+    sink.Link(this, r, LinkClass::Invalidating, Elem::pEnumEntry, kEnumEntryKind);
 }
 
 void EnumerationNode::FinishLoad() {
-  for (const Ref& r : entries_)
-    if (!dynamic_cast<EnumEntryNode*>(r.node))
-      throw RUNTIME_EXCEPTION("Node '%s' : element 'pEnumEntry' names '%s', which is no entry",
-                              name_.c_str(), r.name.c_str());
-  if (source_.hasValue) value_ = ParseInt(name_, XmlElem{"Value", source_.valueText, {}});
+  if (source_.hasValue) value_ = ParseInt(name_, "Value", source_.valueText);
 }
 
 EnumEntryNode* EnumerationNode::FindEntry(int64_t value) const {
   for (const Ref& r : entries_) {
-    auto* entry = static_cast<EnumEntryNode*>(r.node);
+    auto* entry = static_cast<EnumEntryNode*>(r.node());
     if (entry->GetValue() == value) return entry;
   }
   return nullptr;
 }
 
-EnumEntryNode* EnumerationNode::EntryByXmlName(const std::string& name) const {
+EnumEntryNode* EnumerationNode::EntryByXmlName(std::string_view name) const {
   for (const Ref& r : entries_) {
-    auto* entry = static_cast<EnumEntryNode*>(r.node);
+    auto* entry = static_cast<EnumEntryNode*>(r.node());
     if (entry->EntryName() == name) return entry;
   }
   for (const Ref& r : entries_) {
-    auto* entry = static_cast<EnumEntryNode*>(r.node);
-    if (std::string(entry->GetSymbolic().c_str()) == name) return entry;
+    auto* entry = static_cast<EnumEntryNode*>(r.node());
+    if (entry->Symbolic() == name) return entry;
   }
   return nullptr;
 }
@@ -83,7 +82,7 @@ EAccessMode EnumerationNode::NaturalAccessMode() const {
   if (entries_.empty()) return mode;
   bool allNI = true, allUnavailable = true;
   for (const Ref& r : entries_) {
-    const EAccessMode m = r.node->AccessModeLocked();
+    const EAccessMode m = r.node()->AccessModeLocked();
     if (m != NI) allNI = false;
     if (IsAvailable(m)) allUnavailable = false;
   }
@@ -94,12 +93,12 @@ EAccessMode EnumerationNode::NaturalAccessMode() const {
 
 void EnumerationNode::CheckEntryWritable(EnumEntryNode* entry, const char* method) const {
   if (!IsAvailable(entry->AccessModeLocked()))
-    throw ACCESS_EXCEPTION_NODE(name_.c_str(), method)(
+    throw ACCESS_EXCEPTION_NODE(name_, method)(
         "Enum entry is not writable (entry '%s')", entry->GetSymbolic().c_str());
 }
 
 int64_t EnumerationNode::GetInt(bool, bool ignoreCache) {
-  const std::string* constant = nullptr;
+  const char* constant = nullptr;
   NodeImpl* n = source_.Current(this, ignoreCache, &constant);
   if (!n) return value_;
   const int64_t value = ReadInt(this, n, ignoreCache);
@@ -111,8 +110,8 @@ int64_t EnumerationNode::GetInt(bool, bool ignoreCache) {
 void EnumerationNode::SetInt(int64_t value, bool verify) {
   EnumEntryNode* entry = FindEntry(value);
   if (!entry)
-    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_.c_str(), "SetIntValue")(
-        "Feature '%s' : no entry with the value %lld", name_.c_str(),
+    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_, "SetIntValue")(
+        "Feature '%s' : no entry with the value %lld", name_,
         static_cast<long long>(value));
   if (verify) CheckEntryWritable(entry, "SetIntValue");
   if (!source_.WriteInt(this, value, verify)) value_ = value;
@@ -128,7 +127,7 @@ void EnumerationNode::SetFloat(double value, bool verify) {
   EnumEntryNode* best = nullptr;
   double bestDistance = 0;
   for (const Ref& r : entries_) {
-    auto* entry = static_cast<EnumEntryNode*>(r.node);
+    auto* entry = static_cast<EnumEntryNode*>(r.node());
     if (!IsAvailable(entry->AccessModeLocked())) continue;
     const double d = std::fabs(entry->GetNumericValue() - value);
     if (!best || d < bestDistance) {
@@ -137,33 +136,33 @@ void EnumerationNode::SetFloat(double value, bool verify) {
     }
   }
   if (!best)
-    throw ACCESS_EXCEPTION_NODE(name_.c_str(), "SetValue")("Enum entry is not writable");
+    throw ACCESS_EXCEPTION_NODE(name_, "SetValue")("Enum entry is not writable");
   SetInt(best->GetValue(), verify);
 }
 
 int64_t EnumerationNode::IntMin() {
   int64_t m = INT64_MAX;
-  for (const Ref& r : entries_) m = std::min(m, static_cast<EnumEntryNode*>(r.node)->GetValue());
+  for (const Ref& r : entries_) m = std::min(m, static_cast<EnumEntryNode*>(r.node())->GetValue());
   return entries_.empty() ? INT64_MIN : m;
 }
 
 int64_t EnumerationNode::IntMax() {
   int64_t m = INT64_MIN;
-  for (const Ref& r : entries_) m = std::max(m, static_cast<EnumEntryNode*>(r.node)->GetValue());
+  for (const Ref& r : entries_) m = std::max(m, static_cast<EnumEntryNode*>(r.node())->GetValue());
   return entries_.empty() ? INT64_MAX : m;
 }
 
 double EnumerationNode::FloatMin() {
   double m = DBL_MAX;
   for (const Ref& r : entries_)
-    m = std::min(m, static_cast<EnumEntryNode*>(r.node)->GetNumericValue());
+    m = std::min(m, static_cast<EnumEntryNode*>(r.node())->GetNumericValue());
   return entries_.empty() ? -DBL_MAX : m;
 }
 
 double EnumerationNode::FloatMax() {
   double m = -DBL_MAX;
   for (const Ref& r : entries_)
-    m = std::max(m, static_cast<EnumEntryNode*>(r.node)->GetNumericValue());
+    m = std::max(m, static_cast<EnumEntryNode*>(r.node())->GetNumericValue());
   return entries_.empty() ? DBL_MAX : m;
 }
 
@@ -180,14 +179,14 @@ void EnumerationNode::GetSymbolics(StringList_t& symbolics) {
   AutoLock guard(map_->GetLock());
   symbolics.clear();
   for (const Ref& r : entries_)
-    if (IsAvailable(r.node->AccessModeLocked()))
-      symbolics.push_back(static_cast<EnumEntryNode*>(r.node)->GetSymbolic());
+    if (IsAvailable(r.node()->AccessModeLocked()))
+      symbolics.push_back(static_cast<EnumEntryNode*>(r.node())->GetSymbolic());
 }
 
 void EnumerationNode::GetEntries(NodeList_t& list) {
   AutoLock guard(map_->GetLock());
   list.clear();
-  for (const Ref& r : entries_) list.push_back(r.node);
+  for (const Ref& r : entries_) list.push_back(r.node());
 }
 
 void EnumerationNode::SetIntValue(int64_t value, bool verify) {
@@ -205,12 +204,12 @@ int64_t EnumerationNode::GetIntValue(bool verify, bool ignoreCache) {
   if (verify) {
     EnumEntryNode* entry = FindEntry(value);
     if (!entry)
-      throw INVALID_ARGUMENT_EXCEPTION_NODE(name_.c_str(), "GetIntValue")(
-          "Feature '%s' : the value %lld has no entry", name_.c_str(),
+      throw INVALID_ARGUMENT_EXCEPTION_NODE(name_, "GetIntValue")(
+          "Feature '%s' : the value %lld has no entry", name_,
           static_cast<long long>(value));
     if (!IsAvailable(entry->AccessModeLocked()))
-      throw ACCESS_EXCEPTION_NODE(name_.c_str(), "GetIntValue")(
-          "Feature '%s' : the current entry '%s' is not available", name_.c_str(),
+      throw ACCESS_EXCEPTION_NODE(name_, "GetIntValue")(
+          "Feature '%s' : the current entry '%s' is not available", name_,
           entry->GetSymbolic().c_str());
   }
   return value;
@@ -219,7 +218,7 @@ int64_t EnumerationNode::GetIntValue(bool verify, bool ignoreCache) {
 IEnumEntry* EnumerationNode::GetEntryByName(const GenICam::gcstring& symbolic) {
   AutoLock guard(map_->GetLock());
   for (const Ref& r : entries_) {
-    auto* entry = static_cast<EnumEntryNode*>(r.node);
+    auto* entry = static_cast<EnumEntryNode*>(r.node());
     if (entry->GetSymbolic() == symbolic) return entry;
   }
   return nullptr;
@@ -240,8 +239,8 @@ GenICam::gcstring EnumerationNode::ToString(bool verify, bool ignoreCache) {
   const int64_t value = GetIntValue(verify, ignoreCache);
   EnumEntryNode* entry = FindEntry(value);
   if (!entry)
-    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_.c_str(), "ToString")(
-        "Feature '%s' : the value %lld has no entry", name_.c_str(),
+    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_, "ToString")(
+        "Feature '%s' : the value %lld has no entry", name_,
         static_cast<long long>(value));
   return entry->GetSymbolic();
 }
@@ -249,8 +248,8 @@ GenICam::gcstring EnumerationNode::ToString(bool verify, bool ignoreCache) {
 void EnumerationNode::FromString(const GenICam::gcstring& valueStr, bool verify) {
   IEnumEntry* entry = GetEntryByName(valueStr);
   if (!entry)
-    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_.c_str(), "FromString")(
-        "Feature '%s' : cannot convert value '%s', the value is invalid.", name_.c_str(),
+    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_, "FromString")(
+        "Feature '%s' : cannot convert value '%s', the value is invalid.", name_,
         valueStr.c_str());
   SetIntValue(entry->GetValue(), verify);
 }

@@ -9,19 +9,20 @@ namespace impl {
 
 class EnumEntryNode : public NodeImpl, public virtual IEnumEntry {
  public:
-  EnumEntryNode(NodeMap* map, const std::string& name, const std::string& entryName)
-      : NodeImpl(map, name, "EnumEntry"), entryName_(entryName), symbolic_(entryName) {}
+  EnumEntryNode(NodeMap* map, const char* name, const char* entryName)
+      : NodeImpl(map, name, Elem::EnumEntry), entryName_(entryName), symbolic_(entryName) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void FinishLoad() override;
-  const std::string& EntryName() const { return entryName_; }
+  const char* EntryName() const { return entryName_; }
 
   INode* GetNode() override { return this; }
   GenICam::gcstring ToString(bool Verify = false, bool IgnoreCache = false) override;
   void FromString(const GenICam::gcstring& ValueStr, bool Verify = true) override;
   bool IsValueCacheValid() const override { return true; }
   int64_t GetValue() override { return value_; }
-  GenICam::gcstring GetSymbolic() const override { return symbolic_.c_str(); }
+  GenICam::gcstring GetSymbolic() const override { return symbolic_; }
+  const char* Symbolic() const { return symbolic_; }
   double GetNumericValue() override { return hasNumeric_ ? numeric_ : double(value_); }
   bool IsSelfClearing() override { return selfClearing_; }
   EInterfaceType GetPrincipalInterfaceType() const override { return intfIEnumEntry; }
@@ -31,8 +32,9 @@ class EnumEntryNode : public NodeImpl, public virtual IEnumEntry {
   EAccessMode NaturalAccessMode() const override { return RO; }
 
  private:
-  std::string entryName_, symbolic_;
-  std::string valueText_;
+  const char* entryName_;
+  const char* symbolic_;
+  const char* valueText_ = nullptr;
   int64_t value_ = 0;
   double numeric_ = 0;
   bool hasNumeric_ = false, selfClearing_ = false;
@@ -40,13 +42,17 @@ class EnumEntryNode : public NodeImpl, public virtual IEnumEntry {
 
 class EnumerationNode : public NodeImpl, public virtual IEnumeration {
  public:
-  EnumerationNode(NodeMap* map, const std::string& name) : NodeImpl(map, name, "Enumeration") {}
+  EnumerationNode(NodeMap* map, const char* name) : NodeImpl(map, name, Elem::Enumeration) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
   void FinishLoad() override;
-  void AddEntry(const std::string& nodeName) { entries_.push_back(Ref{nodeName, nullptr}); }
-  EnumEntryNode* EntryByXmlName(const std::string& name) const;
+  void AddEntry(uint32_t nodeNameId) {
+    Ref ref;
+    ref.SetName(nodeNameId);
+    entries_.push_back(Memory(), ref);
+  }
+  EnumEntryNode* EntryByXmlName(std::string_view name) const;
 
   // IValue
   INode* GetNode() override { return this; }
@@ -83,7 +89,7 @@ class EnumerationNode : public NodeImpl, public virtual IEnumeration {
 
   ValueSource source_;
   int64_t value_ = 0;
-  std::vector<Ref> entries_;
+  ArenaVec<Ref> entries_;
 };
 
 }  // namespace impl

@@ -18,12 +18,13 @@ int64_t RoundToInt64(double value) {
 }
 
 bool FloatBase::ParseSpecific(const XmlElem& e) {
-  if (e.name == "Representation") representation_ = ParseRepresentation(e);
-  else if (e.name == "Unit") unit_ = e.text;
-  else if (e.name == "DisplayNotation") notation_ = ParseDisplayNotation(e);
-  else if (e.name == "DisplayPrecision") precision_ = ParseInt(name_, e);
-  else return false;
-  return true;
+  switch (e.id) {
+    case Elem::Representation: representation_ = ParseRepresentation(e); return true;
+    case Elem::Unit: unit_ = e.text; return true;
+    case Elem::DisplayNotation: notation_ = ParseDisplayNotation(e); return true;
+    case Elem::DisplayPrecision: precision_ = ParseInt(name_, e); return true;
+    default: return false;
+  }
 }
 
 ERepresentation FloatBase::Representation() {
@@ -36,10 +37,10 @@ void FloatBase::CheckRange(double value, const char* method) {
   const double min = std::max(FloatMin(), imposedMin_);
   const double max = std::min(FloatMax(), imposedMax_);
   if (value < min)
-    throw OUT_OF_RANGE_EXCEPTION_NODE(name_.c_str(), method)(
+    throw OUT_OF_RANGE_EXCEPTION_NODE(name_, method)(
         "Value %f must be greater than or equal %f.", value, min);
   if (value > max)
-    throw OUT_OF_RANGE_EXCEPTION_NODE(name_.c_str(), method)(
+    throw OUT_OF_RANGE_EXCEPTION_NODE(name_, method)(
         "Value %f must be smaller than or equal %f.", value, max);
 }
 
@@ -69,7 +70,7 @@ double FloatBase::GetInc() {
   AutoLock guard(map_->GetLock());
   double inc = 0;
   if (!FloatInc(inc))
-    throw RUNTIME_EXCEPTION_NODE(name_.c_str(), "GetInc")("node does not have an increment.");
+    throw RUNTIME_EXCEPTION_NODE(name_, "GetInc")("node does not have an increment.");
   return inc;
 }
 
@@ -102,9 +103,9 @@ GenICam::gcstring FloatBase::ToString(bool verify, bool ignoreCache) {
 
 void FloatBase::FromString(const GenICam::gcstring& valueStr, bool verify) {
   double value = 0;
-  if (!TryParseDouble(std::string(valueStr.c_str()), value))
-    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_.c_str(), "FromString")(
-        "Node '%s' : cannot convert string '%s' to double.", name_.c_str(), valueStr.c_str());
+  if (!TryParseDouble(std::string_view(valueStr.c_str(), valueStr.size()), value))
+    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_, "FromString")(
+        "Node '%s' : cannot convert string '%s' to double.", name_, valueStr.c_str());
   SetValue(value, verify);
 }
 

@@ -10,8 +10,7 @@ namespace impl {
 
 class FloatBase : public NumberBase<double>, public virtual IFloat {
  public:
-  FloatBase(NodeMap* map, const std::string& name, const char* typeName)
-      : NumberBase(map, name, typeName) {}
+  FloatBase(NodeMap* map, const char* name, Elem kind) : NumberBase(map, name, kind) {}
 
   bool ParseSpecific(const XmlElem& e) override;
 
@@ -56,8 +55,8 @@ class FloatBase : public NumberBase<double>, public virtual IFloat {
   void CheckRange(double value, const char* method) override;
 
   ERepresentation representation_ = _UndefinedRepresentation;
-  std::string unit_;
   EDisplayNotation notation_ = fnAutomatic;
+  const char* unit_ = "";
   int64_t precision_ = 6;
   double imposedMin_ = -DBL_MAX;
   double imposedMax_ = DBL_MAX;

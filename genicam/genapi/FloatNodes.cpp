@@ -7,82 +7,83 @@ namespace GenApi {
 namespace impl {
 
 bool FloatNode::ParseSpecific(const XmlElem& e) {
-  if (source_.Parse(e, name_)) return true;
-  if (e.name == "Min") { min_ = ParseDouble(name_, e); hasMin_ = true; }
-  else if (e.name == "Max") { max_ = ParseDouble(name_, e); hasMax_ = true; }
-  else if (e.name == "Inc") { inc_ = ParseDouble(name_, e); hasInc_ = true; }
-  else if (e.name == "pMin") pMin_.name = e.text;
-  else if (e.name == "pMax") pMax_.name = e.text;
-  else if (e.name == "pInc") pInc_.name = e.text;
-  else return FloatBase::ParseSpecific(e);
-  return true;
+  if (source_.Parse(e, this, map_->Names(), Memory())) return true;
+  switch (e.id) {
+    case Elem::Min: min_ = ParseDouble(name_, e); hasMin_ = true; return true;
+    case Elem::Max: max_ = ParseDouble(name_, e); hasMax_ = true; return true;
+    case Elem::Inc: inc_ = ParseDouble(name_, e); hasInc_ = true; return true;
+    case Elem::pMin: SetRef(pMin_, e); return true;
+    case Elem::pMax: SetRef(pMax_, e); return true;
+    case Elem::pInc: SetRef(pInc_, e); return true;
+    default: return FloatBase::ParseSpecific(e);
+  }
 }
 
 void FloatNode::CollectLinks(LinkSink& sink) {
   NodeImpl::CollectLinks(sink);
-  source_.CollectLinks(this, sink);
-  sink.Link(this, pMin_, LinkClass::Reading, "pMin");
-  sink.Link(this, pMax_, LinkClass::Reading, "pMax");
-  sink.Link(this, pInc_, LinkClass::Reading, "pInc");
+  source_.CollectLinks(this, sink, kPolyFloat);
+  sink.Link(this, pMin_, LinkClass::Reading, Elem::pMin, kPolyFloat);
+  sink.Link(this, pMax_, LinkClass::Reading, Elem::pMax, kPolyFloat);
+  sink.Link(this, pInc_, LinkClass::Reading, Elem::pInc, kPolyFloat);
 }
 
 void FloatNode::FinishLoad() {
-  if (source_.hasValue) value_ = ParseDouble(name_, XmlElem{"Value", source_.valueText, {}});
+  if (source_.hasValue) value_ = ParseDouble(name_, "Value", source_.valueText);
   for (auto& i : source_.indexed)
-    if (!i.ref.Given()) ParseDouble(name_, XmlElem{"ValueIndexed", i.text, {}});
-  if (source_.hasDefault) ParseDouble(name_, XmlElem{"ValueDefault", source_.defaultText, {}});
+    if (!i.ref.Given()) ParseDouble(name_, "ValueIndexed", i.text);
+  if (source_.hasDefault) ParseDouble(name_, "ValueDefault", source_.defaultText);
 }
 
 double FloatNode::GetFloat(bool, bool ignoreCache) {
-  const std::string* constant = nullptr;
+  const char* constant = nullptr;
   NodeImpl* n = source_.Current(this, ignoreCache, &constant);
   if (n) return ReadFloat(this, n, ignoreCache);
-  if (constant == &source_.valueText) return value_;
+  if (!constant) return value_;
   double v = 0;
-  TryParseDouble(*constant, v);
+  TryParseDouble(constant, v);
   return v;
 }
 
 void FloatNode::SetFloat(double value, bool verify) {
-  const std::string* constant = nullptr;
+  const char* constant = nullptr;
   NodeImpl* n = source_.Current(this, false, &constant);
   if (n) {
     CallGuard guard(this);
     map_->NoteWritten(n);
     n->SetFloat(value, verify);
     for (Ref& copy : source_.copies) {
-      map_->NoteWritten(copy.node);
-      copy.node->SetFloat(value, verify);
+      map_->NoteWritten(copy.node());
+      copy.node()->SetFloat(value, verify);
     }
     return;
   }
-  if (constant != &source_.valueText) ThrowNotWritable("SetValue");
+  if (constant) ThrowNotWritable("SetValue");
   value_ = value;
 }
 
 double FloatNode::FloatMin() {
-  if (pMin_.node) return ReadFloat(this, pMin_.node, false);
+  if (pMin_.node()) return ReadFloat(this, pMin_.node(), false);
   if (hasMin_) return min_;
-  if (source_.pValue.node) {
+  if (source_.pValue.node()) {
     CallGuard guard(this);
-    return source_.pValue.node->FloatMin();
+    return source_.pValue.node()->FloatMin();
   }
   return -DBL_MAX;
 }
 
 double FloatNode::FloatMax() {
-  if (pMax_.node) return ReadFloat(this, pMax_.node, false);
+  if (pMax_.node()) return ReadFloat(this, pMax_.node(), false);
   if (hasMax_) return max_;
-  if (source_.pValue.node) {
+  if (source_.pValue.node()) {
     CallGuard guard(this);
-    return source_.pValue.node->FloatMax();
+    return source_.pValue.node()->FloatMax();
   }
   return DBL_MAX;
 }
 
 bool FloatNode::FloatInc(double& inc) {
-  if (pInc_.node) {
-    inc = ReadFloat(this, pInc_.node, false);
+  if (pInc_.node()) {
+    inc = ReadFloat(this, pInc_.node(), false);
     return true;
   }
   if (hasInc_) inc = inc_;
@@ -90,18 +91,18 @@ bool FloatNode::FloatInc(double& inc) {
 }
 
 ERepresentation FloatNode::DefaultRepresentation() {
-  if (source_.pValue.node) {
+  if (source_.pValue.node()) {
     CallGuard guard(this);
-    const ERepresentation r = source_.pValue.node->Representation();
+    const ERepresentation r = source_.pValue.node()->Representation();
     if (r == Linear || r == Logarithmic || r == PureNumber) return r;
   }
   return PureNumber;
 }
 
 std::string FloatNode::Unit() {
-  if (!unit_.empty() || !source_.pValue.node) return unit_;
+  if (*unit_ != '\0' || !source_.pValue.node()) return unit_;
   CallGuard guard(this);
-  return source_.pValue.node->Unit();
+  return source_.pValue.node()->Unit();
 }
 
 EAccessMode FloatNode::NaturalAccessMode() const {
@@ -111,8 +112,8 @@ EAccessMode FloatNode::NaturalAccessMode() const {
 // ---- FloatReg ----
 
 bool FloatRegNode::ParseSpecific(const XmlElem& e) {
-  if (core_.Parse(e, name_)) return true;
-  if (e.name == "Sign") return true;
+  if (ParseRegister(e)) return true;
+  if (e.id == Elem::Sign) return true;
   return FloatBase::ParseSpecific(e);
 }
 
@@ -124,8 +125,8 @@ void FloatRegNode::CollectLinks(LinkSink& sink) {
 size_t FloatRegNode::CheckedLength() {
   const int64_t len = core_.Length(this, false);
   if (len != 4 && len != 8)
-    throw OUT_OF_RANGE_EXCEPTION_NODE(name_.c_str(), "GetValue")(
-        "Node '%s' : float register length %lld is neither 4 nor 8", name_.c_str(),
+    throw OUT_OF_RANGE_EXCEPTION_NODE(name_, "GetValue")(
+        "Node '%s' : float register length %lld is neither 4 nor 8", name_,
         static_cast<long long>(len));
   return static_cast<size_t>(len);
 }

@@ -10,7 +10,7 @@ namespace impl {
 
 class FloatNode : public FloatBase {
  public:
-  FloatNode(NodeMap* map, const std::string& name) : FloatBase(map, name, "Float") {}
+  FloatNode(NodeMap* map, const char* name) : FloatBase(map, name, Elem::Float) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
@@ -36,7 +36,7 @@ class FloatNode : public FloatBase {
 
 class FloatRegNode : public RegisterBacked<FloatBase> {
  public:
-  FloatRegNode(NodeMap* map, const std::string& name) : RegisterBacked(map, name, "FloatReg") {
+  FloatRegNode(NodeMap* map, const char* name) : RegisterBacked(map, name, Elem::FloatReg) {
     core_.cachable = WriteAround;
   }
 

@@ -11,8 +11,8 @@ namespace impl {
 // ---- IntSwissKnife / SwissKnife ----
 
 bool IntSwissKnifeNode::ParseSpecific(const XmlElem& e) {
-  if (vars_.Parse(e, name_)) return true;
-  if (e.name == "Formula") {
+  if (vars_.Parse(e, this, map_->Names(), Memory())) return true;
+  if (e.id == Elem::Formula) {
     text_ = e.text;
     return true;
   }
@@ -31,8 +31,8 @@ int64_t IntSwissKnifeNode::GetInt(bool, bool ignoreCache) {
 }
 
 bool SwissKnifeNode::ParseSpecific(const XmlElem& e) {
-  if (vars_.Parse(e, name_)) return true;
-  if (e.name == "Formula") {
+  if (vars_.Parse(e, this, map_->Names(), Memory())) return true;
+  if (e.id == Elem::Formula) {
     text_ = e.text;
     return true;
   }
@@ -52,31 +52,34 @@ double SwissKnifeNode::GetFloat(bool, bool ignoreCache) {
 
 // ---- converter parts ----
 
-bool ConverterParts::Parse(const XmlElem& e, const std::string& node) {
-  if (vars.Parse(e, node)) return true;
-  if (e.name == "FormulaTo") toText = e.text;
-  else if (e.name == "FormulaFrom") fromText = e.text;
-  else if (e.name == "pValue") pValue.name = e.text;
-  else if (e.name == "Slope") slope = ParseSlope(e);
-  else if (e.name == "IsLinear") return true;
-  else return false;
-  return true;
+bool ConverterParts::Parse(const XmlElem& e, NodeImpl* owner) {
+  NodeMap* map = owner->Map();
+  if (vars.Parse(e, owner, map->Names(), map->Memory())) return true;
+  switch (e.id) {
+    case Elem::FormulaTo: toText = e.text; return true;
+    case Elem::FormulaFrom: fromText = e.text; return true;
+    case Elem::pValue: pValue.SetName(map->Names().Intern(e.Text())); return true;
+    case Elem::Slope: slope = ParseSlope(e); return true;
+    case Elem::IsLinear: return true;
+    default: return false;
+  }
 }
 
-void ConverterParts::CollectLinks(NodeImpl* owner, LinkSink& sink) {
-  sink.Link(owner, pValue, LinkClass::Writing, "pValue");
+void ConverterParts::CollectLinks(NodeImpl* owner, LinkSink& sink, uint16_t kinds) {
+  sink.Link(owner, pValue, LinkClass::Writing, Elem::pValue, kinds);
   vars.CollectLinks(owner, sink);
 }
 
+// A converter without pValue is refused with its document: the schema requires it.
 void ConverterParts::Compile(const NodeImpl* owner, bool integer) {
-  if (!pValue.node)
-    throw PROPERTY_EXCEPTION("Node '%s' : element 'pValue' is missing", owner->Name().c_str());
+  if (!pValue.node())
+    throw PROPERTY_EXCEPTION("Node '%s' : element 'pValue' is missing", owner->Name());
   to.Compile(owner, "FormulaTo", toText, vars, "FROM", integer);
   from.Compile(owner, "FormulaFrom", fromText, vars, "TO", integer);
 }
 
 EAccessMode ConverterParts::Mode() const {
-  EAccessMode mode = pValue.node ? pValue.node->AccessModeLocked() : NA;
+  EAccessMode mode = pValue.node() ? pValue.node()->AccessModeLocked() : NA;
   const EAccessMode v = vars.Mode();
   if (v == NI) return NI;
   if (v == NA) return Combine(mode, NA);
@@ -86,24 +89,24 @@ EAccessMode ConverterParts::Mode() const {
 // ---- Converter ----
 
 bool ConverterNode::ParseSpecific(const XmlElem& e) {
-  return parts_.Parse(e, name_) || FloatBase::ParseSpecific(e);
+  return parts_.Parse(e, this) || FloatBase::ParseSpecific(e);
 }
 
 void ConverterNode::CollectLinks(LinkSink& sink) {
   NodeImpl::CollectLinks(sink);
-  parts_.CollectLinks(this, sink);
+  parts_.CollectLinks(this, sink, kPolyFloat);
 }
 
 double ConverterNode::GetFloat(bool, bool ignoreCache) {
-  const double raw = ReadFloat(this, parts_.pValue.node, ignoreCache);
+  const double raw = ReadFloat(this, parts_.pValue.node(), ignoreCache);
   return parts_.from.EvaluateFloat(this, parts_.vars, ignoreCache, raw);
 }
 
 void ConverterNode::SetFloat(double value, bool verify) {
   const double raw = parts_.to.EvaluateFloat(this, parts_.vars, false, value);
   CallGuard guard(this);
-  map_->NoteWritten(parts_.pValue.node);
-  parts_.pValue.node->SetFloat(raw, verify);
+  map_->NoteWritten(parts_.pValue.node());
+  parts_.pValue.node()->SetFloat(raw, verify);
 }
 
 void ConverterNode::Bounds(double& lo, double& hi) {
@@ -112,9 +115,9 @@ void ConverterNode::Bounds(double& lo, double& hi) {
   if (parts_.slope == Varying) return;
   CallGuard guard(this);
   const double a = parts_.from.EvaluateFloat(this, parts_.vars, false,
-                                             parts_.pValue.node->FloatMin());
+                                             parts_.pValue.node()->FloatMin());
   const double b = parts_.from.EvaluateFloat(this, parts_.vars, false,
-                                             parts_.pValue.node->FloatMax());
+                                             parts_.pValue.node()->FloatMax());
   if (parts_.slope == Increasing) { lo = a; hi = b; }
   else if (parts_.slope == Decreasing) { lo = b; hi = a; }
   else { lo = std::min(a, b); hi = std::max(a, b); }
@@ -133,24 +136,24 @@ double ConverterNode::FloatMax() {
 }
 
 std::string ConverterNode::Unit() {
-  if (!unit_.empty()) return unit_;
+  if (*unit_ != '\0') return unit_;
   CallGuard guard(this);
-  return parts_.pValue.node->Unit();
+  return parts_.pValue.node()->Unit();
 }
 
 // ---- IntConverter ----
 
 bool IntConverterNode::ParseSpecific(const XmlElem& e) {
-  return parts_.Parse(e, name_) || IntegerBase::ParseSpecific(e);
+  return parts_.Parse(e, this) || IntegerBase::ParseSpecific(e);
 }
 
 void IntConverterNode::CollectLinks(LinkSink& sink) {
   NodeImpl::CollectLinks(sink);
-  parts_.CollectLinks(this, sink);
+  parts_.CollectLinks(this, sink, kPolyInteger);
 }
 
 int64_t IntConverterNode::GetInt(bool, bool ignoreCache) {
-  const int64_t raw = ReadInt(this, parts_.pValue.node, ignoreCache);
+  const int64_t raw = ReadInt(this, parts_.pValue.node(), ignoreCache);
   return parts_.from.EvaluateInt(this, parts_.vars, ignoreCache, static_cast<double>(raw));
 }
 
@@ -158,8 +161,8 @@ void IntConverterNode::SetInt(int64_t value, bool verify) {
   const int64_t raw =
       parts_.to.EvaluateInt(this, parts_.vars, false, static_cast<double>(value));
   CallGuard guard(this);
-  map_->NoteWritten(parts_.pValue.node);
-  parts_.pValue.node->SetInt(raw, verify);
+  map_->NoteWritten(parts_.pValue.node());
+  parts_.pValue.node()->SetInt(raw, verify);
 }
 
 void IntConverterNode::Bounds(int64_t& lo, int64_t& hi) {
@@ -168,9 +171,9 @@ void IntConverterNode::Bounds(int64_t& lo, int64_t& hi) {
   if (parts_.slope == Varying) return;
   CallGuard guard(this);
   const int64_t a = parts_.from.EvaluateInt(this, parts_.vars, false,
-                                            static_cast<double>(parts_.pValue.node->IntMin()));
+                                            static_cast<double>(parts_.pValue.node()->IntMin()));
   const int64_t b = parts_.from.EvaluateInt(this, parts_.vars, false,
-                                            static_cast<double>(parts_.pValue.node->IntMax()));
+                                            static_cast<double>(parts_.pValue.node()->IntMax()));
   if (parts_.slope == Increasing) { lo = a; hi = b; }
   else if (parts_.slope == Decreasing) { lo = b; hi = a; }
   else { lo = std::min(a, b); hi = std::max(a, b); }
@@ -189,9 +192,9 @@ int64_t IntConverterNode::IntMax() {
 }
 
 std::string IntConverterNode::Unit() {
-  if (!unit_.empty()) return unit_;
+  if (*unit_ != '\0') return unit_;
   CallGuard guard(this);
-  return parts_.pValue.node->Unit();
+  return parts_.pValue.node()->Unit();
 }
 
 }  // namespace impl

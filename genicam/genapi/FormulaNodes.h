@@ -10,8 +10,8 @@ namespace impl {
 
 class IntSwissKnifeNode : public IntegerBase {
  public:
-  IntSwissKnifeNode(NodeMap* map, const std::string& name)
-      : IntegerBase(map, name, "IntSwissKnife") {}
+  IntSwissKnifeNode(NodeMap* map, const char* name)
+      : IntegerBase(map, name, Elem::IntSwissKnife) {}
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
   void FinishLoad() override;
@@ -20,13 +20,13 @@ class IntSwissKnifeNode : public IntegerBase {
 
  private:
   FormulaVariables vars_;
-  std::string text_;
+  const char* text_ = nullptr;
   FormulaProgram program_;
 };
 
 class SwissKnifeNode : public FloatBase {
  public:
-  SwissKnifeNode(NodeMap* map, const std::string& name) : FloatBase(map, name, "SwissKnife") {}
+  SwissKnifeNode(NodeMap* map, const char* name) : FloatBase(map, name, Elem::SwissKnife) {}
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
   void FinishLoad() override;
@@ -36,19 +36,20 @@ class SwissKnifeNode : public FloatBase {
 
  private:
   FormulaVariables vars_;
-  std::string text_;
+  const char* text_ = nullptr;
   FormulaProgram program_;
 };
 
 // Shared part of the converters: pValue, FormulaTo (FROM) and FormulaFrom (TO).
 struct ConverterParts {
-  bool Parse(const XmlElem& e, const std::string& node);
-  void CollectLinks(NodeImpl* owner, LinkSink& sink);
+  bool Parse(const XmlElem& e, NodeImpl* owner);
+  void CollectLinks(NodeImpl* owner, LinkSink& sink, uint16_t kinds);
   void Compile(const NodeImpl* owner, bool integer);
   EAccessMode Mode() const;
 
   FormulaVariables vars;
-  std::string toText, fromText;
+  const char* toText = nullptr;
+  const char* fromText = nullptr;
   FormulaProgram to, from;
   Ref pValue;
   ESlope slope = Automatic;
@@ -56,7 +57,7 @@ struct ConverterParts {
 
 class ConverterNode : public FloatBase {
  public:
-  ConverterNode(NodeMap* map, const std::string& name) : FloatBase(map, name, "Converter") {}
+  ConverterNode(NodeMap* map, const char* name) : FloatBase(map, name, Elem::Converter) {}
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
   void FinishLoad() override { parts_.Compile(this, false); }
@@ -74,8 +75,8 @@ class ConverterNode : public FloatBase {
 
 class IntConverterNode : public IntegerBase {
  public:
-  IntConverterNode(NodeMap* map, const std::string& name)
-      : IntegerBase(map, name, "IntConverter") {}
+  IntConverterNode(NodeMap* map, const char* name)
+      : IntegerBase(map, name, Elem::IntConverter) {}
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
   void FinishLoad() override { parts_.Compile(this, true); }

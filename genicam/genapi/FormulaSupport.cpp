@@ -1,46 +1,53 @@
 // Formula declarations, compilation and evaluation over nodes.
 #include "FormulaSupport.h"
 
+#include <unordered_map>
+
 #include "EnumerationNodes.h"
 #include "NodeMap.h"
 
 namespace GenApi {
 namespace impl {
 
-bool FormulaVariables::Parse(const XmlElem& e, const std::string& node) {
-  const std::string* name = e.Attr("Name");
-  if (e.name != "pVariable" && e.name != "Constant" && e.name != "Expression") return false;
-  if (!name || name->empty())
-    throw PROPERTY_EXCEPTION("Node '%s' : element '%s' lacks its Name attribute", node.c_str(),
-                             e.name.c_str());
-  if (e.name == "pVariable") {
-    names_.push_back(*name);
-    vars_.push_back(Ref{e.text, nullptr});
-  } else if (e.name == "Constant") {
-    constants_.emplace_back(*name, e.text);
+bool FormulaVariables::Parse(const XmlElem& e, NodeImpl* owner, NameTable& names,
+                             Arena& arena) {
+  if (e.id != Elem::pVariable && e.id != Elem::Constant && e.id != Elem::Expression)
+    return false;
+  const char* name = e.Attr("Name");
+  if (!name || *name == '\0')
+    throw PROPERTY_EXCEPTION("Node '%s' : element '%s' lacks its Name attribute", owner->Name(),
+                             e.name);
+  if (e.id == Elem::pVariable) {
+    names_.push_back(arena, name);
+    Ref ref;
+    ref.SetName(names.Intern(e.Text()));
+    vars_.push_back(arena, ref);
+  } else if (e.id == Elem::Constant) {
+    constants_.push_back(arena, Named{name, e.text});
   } else {
-    expressions_.emplace_back(*name, e.text);
+    expressions_.push_back(arena, Named{name, e.text});
   }
   return true;
 }
 
 void FormulaVariables::CollectLinks(NodeImpl* owner, LinkSink& sink) {
-  for (Ref& r : vars_) sink.Link(owner, r, LinkClass::Reading, "pVariable");
+  for (Ref& r : vars_) sink.Link(owner, r, LinkClass::Reading, Elem::pVariable, kPolyInteger);
 }
 
 formula::FormulaDeclarations FormulaVariables::Declarations(const char* extra) const {
   formula::FormulaDeclarations d;
-  d.variables = names_;
-  if (extra) d.variables.push_back(extra);
-  d.constants = constants_;
-  d.expressions = expressions_;
+  d.variables.reserve(names_.size() + 1);
+  for (const char* n : names_) d.variables.emplace_back(n);
+  if (extra) d.variables.emplace_back(extra);
+  for (const Named& c : constants_) d.constants.emplace_back(c.name, c.text);
+  for (const Named& x : expressions_) d.expressions.emplace_back(x.name, x.text);
   return d;
 }
 
 EAccessMode FormulaVariables::Mode() const {
   EAccessMode mode = RO;
   for (const Ref& r : vars_) {
-    const EAccessMode m = r.node->AccessModeLocked();
+    const EAccessMode m = r.node()->AccessModeLocked();
     if (m == NI) return NI;
     if (!IsReadable(m)) mode = NA;
   }
@@ -94,14 +101,14 @@ class NodeVariableSource : public formula::IVariableSource {
   int64_t EntryValue(NodeImpl* n, const std::string& entry) const {
     auto* e = dynamic_cast<EnumerationNode*>(n);
     if (!e)
-      throw RUNTIME_EXCEPTION_NODE(owner_->Name().c_str(), "GetValue")(
-          "Node '%s' : variable '%s' is no enumeration", owner_->Name().c_str(),
-          n->Name().c_str());
+      throw RUNTIME_EXCEPTION_NODE(owner_->Name(), "GetValue")(
+          "Node '%s' : variable '%s' is no enumeration", owner_->Name(),
+          n->Name());
     EnumEntryNode* found = e->EntryByXmlName(entry);
     if (!found)
-      throw RUNTIME_EXCEPTION_NODE(owner_->Name().c_str(), "GetValue")(
-          "Node '%s' : enumeration '%s' has no entry '%s'", owner_->Name().c_str(),
-          n->Name().c_str(), entry.c_str());
+      throw RUNTIME_EXCEPTION_NODE(owner_->Name(), "GetValue")(
+          "Node '%s' : enumeration '%s' has no entry '%s'", owner_->Name(),
+          n->Name(), entry.c_str());
     return found->GetValue();
   }
 
@@ -115,16 +122,57 @@ class NodeVariableSource : public formula::IVariableSource {
 
 #ifdef VQ_HAVE_FORMULA
 
-void FormulaProgram::Compile(const NodeImpl* owner, const char* element, const std::string& text,
+class FormulaCache {
+ public:
+  struct Entry {
+    std::optional<formula::Formula> formula;
+    const char* error = nullptr;
+  };
+  std::unordered_map<std::string, Entry> entries;
+  std::string key;  // reused for every look-up
+};
+
+void FormulaVariables::AppendKey(std::string& key, const char* extra) const {
+  for (const char* n : names_) (key += '\1') += n;
+  if (extra) (key += '\1') += extra;
+  for (const Named& c : constants_) (((key += '\2') += c.name) += '=') += c.text;
+  for (const Named& x : expressions_) (((key += '\3') += x.name) += '=') += x.text;
+}
+
+FormulaCacheScope::FormulaCacheScope(NodeMap& map) : map_(map), cache_(new FormulaCache) {
+  map_.SetFormulaCache(cache_.get());
+}
+
+FormulaCacheScope::~FormulaCacheScope() { map_.SetFormulaCache(nullptr); }
+
+void FormulaProgram::Compile(const NodeImpl* owner, const char* element, const char* text,
                              const FormulaVariables& vars, const char* extra, bool integer) {
   element_ = element;
+  if (!text) text = "";
+  FormulaCache* cache = owner->Map()->GetFormulaCache();
+  FormulaCache::Entry* entry = nullptr;
+  if (cache) {
+    std::string& key = cache->key;
+    key.assign(integer ? "I" : "F").append(text);
+    vars.AppendKey(key, extra);
+    auto found = cache->entries.find(key);
+    if (found != cache->entries.end()) {
+      formula_ = found->second.formula;
+      error_ = found->second.error;
+      return;
+    }
+    entry = &cache->entries[key];
+  }
   try {
-    formula_ = formula::Formula::Compile(
-        text, vars.Declarations(extra),
-        integer ? formula::Arithmetic::Integer : formula::Arithmetic::Float);
+    formula_ = formula::Formula::Compile(text, vars.Declarations(extra),
+                                         integer ? formula::Arithmetic::Integer
+                                                 : formula::Arithmetic::Float);
   } catch (const formula::FormulaError& e) {
-    throw LOGICAL_ERROR_EXCEPTION("Node '%s' : element '%s' does not compile: %s",
-                                  owner->Name().c_str(), element, e.what());
+    error_ = owner->Map()->Memory().Copy(e.what());
+  }
+  if (entry) {
+    entry->formula = formula_;
+    entry->error = error_;
   }
 }
 
@@ -136,17 +184,20 @@ namespace {
 // become GenICam exceptions naming the node and the element.
 template <typename Evaluate>
 auto RunProgram(const std::optional<formula::Formula>& program, const char* element,
-                const NodeImpl* owner, const FormulaVariables& vars, bool ignoreCache, double extra,
-                Evaluate&& evaluate) {
+                const char* error, const NodeImpl* owner, const FormulaVariables& vars,
+                bool ignoreCache, double extra, Evaluate&& evaluate) {
+  if (error)
+    throw LOGICAL_ERROR_EXCEPTION_NODE(owner->Name(), "GetValue")(
+        "Node '%s' : element '%s' does not compile: %s", owner->Name(), element, error);
   if (!program)
-    throw LOGICAL_ERROR_EXCEPTION_NODE(owner->Name().c_str(), "GetValue")(
-        "Node '%s' : element '%s' is missing", owner->Name().c_str(), element);
+    throw LOGICAL_ERROR_EXCEPTION_NODE(owner->Name(), "GetValue")(
+        "Node '%s' : element '%s' is missing", owner->Name(), element);
   NodeVariableSource source(owner, vars, ignoreCache, extra);
   try {
     return evaluate(*program, source);
   } catch (const formula::FormulaError& e) {
-    throw LOGICAL_ERROR_EXCEPTION_NODE(owner->Name().c_str(), "GetValue")(
-        "Node '%s' : element '%s': %s", owner->Name().c_str(), element, e.what());
+    throw LOGICAL_ERROR_EXCEPTION_NODE(owner->Name(), "GetValue")(
+        "Node '%s' : element '%s': %s", owner->Name(), element, e.what());
   }
 }
 
@@ -154,7 +205,7 @@ auto RunProgram(const std::optional<formula::Formula>& program, const char* elem
 
 int64_t FormulaProgram::EvaluateInt(const NodeImpl* owner, const FormulaVariables& vars,
                                     bool ignoreCache, double extra) const {
-  return RunProgram(formula_, element_, owner, vars, ignoreCache, extra,
+  return RunProgram(formula_, element_, error_, owner, vars, ignoreCache, extra,
                     [](const formula::Formula& program, formula::IVariableSource& source) {
                       return program.GetArithmetic() == formula::Arithmetic::Integer
                                  ? program.EvaluateInteger(source)
@@ -164,7 +215,7 @@ int64_t FormulaProgram::EvaluateInt(const NodeImpl* owner, const FormulaVariable
 
 double FormulaProgram::EvaluateFloat(const NodeImpl* owner, const FormulaVariables& vars,
                                      bool ignoreCache, double extra) const {
-  return RunProgram(formula_, element_, owner, vars, ignoreCache, extra,
+  return RunProgram(formula_, element_, error_, owner, vars, ignoreCache, extra,
                     [](const formula::Formula& program, formula::IVariableSource& source) {
                       return program.GetArithmetic() == formula::Arithmetic::Float
                                  ? program.EvaluateFloat(source)
@@ -174,20 +225,20 @@ double FormulaProgram::EvaluateFloat(const NodeImpl* owner, const FormulaVariabl
 
 #else  // no formula engine in this build
 
-void FormulaProgram::Compile(const NodeImpl*, const char* element, const std::string&,
+void FormulaProgram::Compile(const NodeImpl*, const char* element, const char*,
                              const FormulaVariables&, const char*, bool) {
   element_ = element;
 }
 bool FormulaProgram::Compiled() const { return false; }
 int64_t FormulaProgram::EvaluateInt(const NodeImpl* owner, const FormulaVariables&, bool,
                                     double) const {
-  throw LOGICAL_ERROR_EXCEPTION_NODE(owner->Name().c_str(), "GetValue")(
-      "Node '%s' : formulas are not available in this build", owner->Name().c_str());
+  throw LOGICAL_ERROR_EXCEPTION_NODE(owner->Name(), "GetValue")(
+      "Node '%s' : formulas are not available in this build", owner->Name());
 }
 double FormulaProgram::EvaluateFloat(const NodeImpl* owner, const FormulaVariables&, bool,
                                      double) const {
-  throw LOGICAL_ERROR_EXCEPTION_NODE(owner->Name().c_str(), "GetValue")(
-      "Node '%s' : formulas are not available in this build", owner->Name().c_str());
+  throw LOGICAL_ERROR_EXCEPTION_NODE(owner->Name(), "GetValue")(
+      "Node '%s' : formulas are not available in this build", owner->Name());
 }
 
 #endif

@@ -1,6 +1,8 @@
 // IntReg and MaskedIntReg: integers stored in device registers.
 #include "IntRegNodes.h"
 
+#include <cstring>
+
 namespace GenApi {
 namespace impl {
 
@@ -23,12 +25,12 @@ int64_t RangeMax(unsigned bits, bool isSigned) {
 }  // namespace
 
 bool IntRegNode::ParseSpecific(const XmlElem& e) {
-  if (core_.Parse(e, name_)) return true;
-  if (e.name == "Sign") {
-    signed_ = (e.text == "Signed");
+  if (ParseRegister(e)) return true;
+  if (e.id == Elem::Sign) {
+    signed_ = std::strcmp(e.text, "Signed") == 0;
     return true;
   }
-  if (e.name == "FeatureID" || e.name == "Timeout") return true;  // IIDC extras
+  if (e.id == Elem::FeatureID || e.id == Elem::Timeout) return true;  // IIDC extras
   return IntegerBase::ParseSpecific(e);
 }
 
@@ -40,8 +42,8 @@ void IntRegNode::CollectLinks(LinkSink& sink) {
 size_t IntRegNode::CheckedLength() {
   const int64_t len = core_.Length(this, false);
   if (len < 1 || len > 8)
-    throw OUT_OF_RANGE_EXCEPTION_NODE(name_.c_str(), "GetValue")(
-        "Node '%s' : integer register length %lld is not between 1 and 8", name_.c_str(),
+    throw OUT_OF_RANGE_EXCEPTION_NODE(name_, "GetValue")(
+        "Node '%s' : integer register length %lld is not between 1 and 8", name_,
         static_cast<long long>(len));
   return static_cast<size_t>(len);
 }
@@ -64,29 +66,22 @@ int64_t IntRegNode::IntMin() { return RangeMin(unsigned(8 * CheckedLength()), si
 int64_t IntRegNode::IntMax() { return RangeMax(unsigned(8 * CheckedLength()), signed_); }
 
 bool MaskedIntRegNode::ParseSpecific(const XmlElem& e) {
-  if (e.name == "Bit") {
-    lsbText_ = msbText_ = ParseInt(name_, e);
-    return true;
+  switch (e.id) {
+    case Elem::Bit: lsbText_ = msbText_ = ParseInt(name_, e); return true;
+    case Elem::LSB: lsbText_ = ParseInt(name_, e); return true;
+    case Elem::MSB: msbText_ = ParseInt(name_, e); return true;
+    default: return IntRegNode::ParseSpecific(e);
   }
-  if (e.name == "LSB") {
-    lsbText_ = ParseInt(name_, e);
-    return true;
-  }
-  if (e.name == "MSB") {
-    msbText_ = ParseInt(name_, e);
-    return true;
-  }
-  return IntRegNode::ParseSpecific(e);
 }
 
 void MaskedIntRegNode::FinishLoad() {
   if (lsbText_ < 0 && msbText_ < 0)
     throw PROPERTY_EXCEPTION("Node '%s' : element 'Bit' or 'LSB'/'MSB' is missing",
-                             name_.c_str());
+                             name_);
   if (lsbText_ < 0) lsbText_ = msbText_;
   if (msbText_ < 0) msbText_ = lsbText_;
   if (lsbText_ > 63 || msbText_ > 63)
-    throw PROPERTY_EXCEPTION("Node '%s' : element 'LSB'/'MSB' is beyond bit 63", name_.c_str());
+    throw PROPERTY_EXCEPTION("Node '%s' : element 'LSB'/'MSB' is beyond bit 63", name_);
 }
 
 void MaskedIntRegNode::Field(unsigned& lsb, unsigned& width) {
@@ -98,8 +93,8 @@ void MaskedIntRegNode::Field(unsigned& lsb, unsigned& width) {
   }
   if (m < l) std::swap(l, m);
   if (l < 0 || m >= bits)
-    throw OUT_OF_RANGE_EXCEPTION_NODE(name_.c_str(), "GetValue")(
-        "Node '%s' : bit field lies outside the %lld-bit register", name_.c_str(),
+    throw OUT_OF_RANGE_EXCEPTION_NODE(name_, "GetValue")(
+        "Node '%s' : bit field lies outside the %lld-bit register", name_,
         static_cast<long long>(bits));
   lsb = static_cast<unsigned>(l);
   width = static_cast<unsigned>(m - l + 1);

@@ -9,8 +9,8 @@ namespace impl {
 
 class IntRegNode : public RegisterBacked<IntegerBase> {
  public:
-  IntRegNode(NodeMap* map, const std::string& name, const char* typeName = "IntReg")
-      : RegisterBacked(map, name, typeName) {}
+  IntRegNode(NodeMap* map, const char* name, Elem kind = Elem::IntReg)
+      : RegisterBacked(map, name, kind) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
@@ -27,8 +27,7 @@ class IntRegNode : public RegisterBacked<IntegerBase> {
 
 class MaskedIntRegNode : public IntRegNode {
  public:
-  MaskedIntRegNode(NodeMap* map, const std::string& name)
-      : IntRegNode(map, name, "MaskedIntReg") {}
+  MaskedIntRegNode(NodeMap* map, const char* name) : IntRegNode(map, name, Elem::MaskedIntReg) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void FinishLoad() override;

@@ -3,7 +3,7 @@
 #include "IntegerBase.h"
 
 #include <algorithm>
-#include <sstream>
+#include <string_view>
 
 #include "NodeMap.h"
 #include "ValueFormat.h"
@@ -12,19 +12,21 @@ namespace GenApi {
 namespace impl {
 
 bool IntegerBase::ParseSpecific(const XmlElem& e) {
-  if (e.name == "Representation") representation_ = ParseRepresentation(e);
-  else if (e.name == "Unit") unit_ = e.text;
-  else if (e.name == "ValidValueSet") {
-    std::stringstream in(e.text);
-    std::string item;
-    while (std::getline(in, item, ';')) {
-      int64_t v = 0;
-      if (!item.empty() && TryParseInt(item, v)) validValues_.push_back(v);
+  switch (e.id) {
+    case Elem::Representation: representation_ = ParseRepresentation(e); return true;
+    case Elem::Unit: unit_ = e.text; return true;
+    case Elem::ValidValueSet: {
+      std::string_view rest(e.text);
+      while (!rest.empty()) {
+        const size_t end = std::min(rest.find(';'), rest.size());
+        int64_t v = 0;
+        if (end != 0 && TryParseInt(rest.substr(0, end), v)) validValues_.push_back(Memory(), v);
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+      }
+      return true;
     }
-  } else {
-    return false;
+    default: return false;
   }
-  return true;
 }
 
 ERepresentation IntegerBase::Representation() {
@@ -38,25 +40,25 @@ void IntegerBase::CheckRange(int64_t value, const char* method) {
   const int64_t min = MinLocked();
   const int64_t max = MaxLocked();
   if (value < min)
-    throw OUT_OF_RANGE_EXCEPTION_NODE(name_.c_str(), method)(
+    throw OUT_OF_RANGE_EXCEPTION_NODE(name_, method)(
         "Value = %lld must be equal or greater than Min = %lld.", static_cast<long long>(value),
         static_cast<long long>(min));
   if (value > max)
-    throw OUT_OF_RANGE_EXCEPTION_NODE(name_.c_str(), method)(
+    throw OUT_OF_RANGE_EXCEPTION_NODE(name_, method)(
         "Value = %lld must be equal or smaller than Max = %lld.", static_cast<long long>(value),
         static_cast<long long>(max));
   if (!validValues_.empty()) {
     if (std::find(validValues_.begin(), validValues_.end(), value) == validValues_.end())
-      throw OUT_OF_RANGE_EXCEPTION_NODE(name_.c_str(), method)(
+      throw OUT_OF_RANGE_EXCEPTION_NODE(name_, method)(
           "Value = %lld is not in the set of valid values.", static_cast<long long>(value));
     return;
   }
   const int64_t inc = IntInc();
   if (inc <= 0)
-    throw LOGICAL_ERROR_EXCEPTION_NODE(name_.c_str(), method)("Increment must be larger than 0.");
+    throw LOGICAL_ERROR_EXCEPTION_NODE(name_, method)("Increment must be larger than 0.");
   const uint64_t diff = static_cast<uint64_t>(value) - static_cast<uint64_t>(min);
   if (inc > 1 && diff % static_cast<uint64_t>(inc) != 0)
-    throw OUT_OF_RANGE_EXCEPTION_NODE(name_.c_str(), method)(
+    throw OUT_OF_RANGE_EXCEPTION_NODE(name_, method)(
         "The difference between Value = %lld and Min = %lld must be dividable without rest by "
         "Inc = %lld.",
         static_cast<long long>(value), static_cast<long long>(min), static_cast<long long>(inc));
@@ -85,7 +87,7 @@ int64_t IntegerBase::GetInc() {
 
 int64_autovector_t IntegerBase::GetListOfValidValues(bool bounded) {
   AutoLock guard(map_->GetLock());
-  if (!bounded) return validValues_;
+  if (!bounded) return int64_autovector_t(validValues_.begin(), validValues_.end());
   int64_autovector_t list;
   const int64_t min = MinLocked(), max = MaxLocked();
   for (int64_t v : validValues_)
@@ -122,8 +124,8 @@ GenICam::gcstring IntegerBase::ToString(bool verify, bool ignoreCache) {
 void IntegerBase::FromString(const GenICam::gcstring& valueStr, bool verify) {
   int64_t value = 0;
   if (!ParseIntegerText(std::string(valueStr.c_str()), value))
-    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_.c_str(), "FromString")(
-        "Node '%s' : cannot convert string '%s' to int.", name_.c_str(), valueStr.c_str());
+    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_, "FromString")(
+        "Node '%s' : cannot convert string '%s' to int.", name_, valueStr.c_str());
   SetValue(value, verify);
 }
 

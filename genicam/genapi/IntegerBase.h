@@ -9,8 +9,7 @@ namespace impl {
 
 class IntegerBase : public NumberBase<int64_t>, public virtual IInteger {
  public:
-  IntegerBase(NodeMap* map, const std::string& name, const char* typeName)
-      : NumberBase(map, name, typeName) {}
+  IntegerBase(NodeMap* map, const char* name, Elem kind) : NumberBase(map, name, kind) {}
 
   bool ParseSpecific(const XmlElem& e) override;
 
@@ -45,8 +44,8 @@ class IntegerBase : public NumberBase<int64_t>, public virtual IInteger {
   int64_t MaxLocked();
 
   ERepresentation representation_ = _UndefinedRepresentation;
-  std::string unit_;
-  std::vector<int64_t> validValues_;
+  const char* unit_ = "";
+  ArenaVec<int64_t> validValues_;
   int64_t imposedMin_ = INT64_MIN;
   int64_t imposedMax_ = INT64_MAX;
 };

@@ -9,7 +9,7 @@ namespace impl {
 
 class IntegerNode : public IntegerBase {
  public:
-  IntegerNode(NodeMap* map, const std::string& name) : IntegerBase(map, name, "Integer") {}
+  IntegerNode(NodeMap* map, const char* name) : IntegerBase(map, name, Elem::Integer) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;

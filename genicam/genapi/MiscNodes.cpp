@@ -9,21 +9,21 @@ namespace impl {
 // ---- Category ----
 
 bool CategoryNode::ParseSpecific(const XmlElem& e) {
-  if (e.name != "pFeature") return false;
-  features_.push_back(Ref{e.text, nullptr});
+  if (e.id != Elem::pFeature) return false;
+  AddRef(features_, e);
   return true;
 }
 
 void CategoryNode::CollectLinks(LinkSink& sink) {
   NodeImpl::CollectLinks(sink);
-  for (Ref& r : features_) sink.Link(this, r, LinkClass::Reading, "pFeature");
+  for (Ref& r : features_) sink.Link(this, r, LinkClass::Reading, Elem::pFeature, kAnyKind);
 }
 
 EAccessMode CategoryNode::NaturalAccessMode() const {
   if (features_.empty()) return RO;
   CallGuard guard(this);
   for (const Ref& r : features_)
-    if (r.node->AccessModeLocked() != NI) return RO;
+    if (r.node()->AccessModeLocked() != NI) return RO;
   return NI;
 }
 
@@ -31,7 +31,7 @@ void CategoryNode::GetFeatures(FeatureList_t& features) const {
   AutoLock guard(map_->GetLock());
   features.clear();
   for (const Ref& r : features_)
-    if (IValue* v = dynamic_cast<IValue*>(r.node)) features.push_back(v);
+    if (IValue* v = dynamic_cast<IValue*>(r.node())) features.push_back(v);
 }
 
 GenICam::gcstring CategoryNode::ToString(bool, bool) { return ""; }
@@ -41,7 +41,7 @@ void CategoryNode::FromString(const GenICam::gcstring&, bool) { ThrowNotWritable
 // ---- Register ----
 
 bool RegisterNode::ParseSpecific(const XmlElem& e) {
-  return core_.Parse(e, name_) || e.name == "Unit" || e.name == "Sign";
+  return ParseRegister(e) || e.id == Elem::Unit || e.id == Elem::Sign;
 }
 
 void RegisterNode::CollectLinks(LinkSink& sink) {
@@ -65,8 +65,8 @@ GenICam::gcstring RegisterNode::ToString(bool, bool ignoreCache) {
 void RegisterNode::FromString(const GenICam::gcstring& valueStr, bool verify) {
   const std::string s(valueStr.c_str());
   auto bad = [&] {
-    return INVALID_ARGUMENT_EXCEPTION_NODE(name_.c_str(), "FromString")(
-        "Node '%s' : cannot convert string '%s' to register bytes.", name_.c_str(), s.c_str());
+    return INVALID_ARGUMENT_EXCEPTION_NODE(name_, "FromString")(
+        "Node '%s' : cannot convert string '%s' to register bytes.", name_, s.c_str());
   };
   if (s.size() < 2 || s[0] != '0' || (s[1] != 'x' && s[1] != 'X') || s.size() % 2 != 0)
     throw bad();
@@ -111,25 +111,26 @@ bool FindKey(const std::vector<uint8_t>& rom, int64_t key, uint32_t& value, size
 }
 
 RegisterNode* RomOf(const NodeImpl* owner, const Ref& parser) {
-  auto* rom = dynamic_cast<RegisterNode*>(parser.node);
+  auto* rom = dynamic_cast<RegisterNode*>(parser.node());
   if (!rom)
-    throw RUNTIME_EXCEPTION_NODE(owner->Name().c_str(), "GetValue")(
+    throw RUNTIME_EXCEPTION_NODE(owner->Name(), "GetValue")(
         "Node '%s' : element 'p1212Parser' does not name a configuration ROM",
-        owner->Name().c_str());
+        owner->Name());
   return rom;
 }
 }  // namespace
 
 bool IntKeyNode::ParseSpecific(const XmlElem& e) {
-  if (e.name == "p1212Parser") parser_.name = e.text;
-  else if (e.name == "Key") key_ = ParseInt(name_, e);
-  else return IntegerBase::ParseSpecific(e);
-  return true;
+  switch (e.id) {
+    case Elem::p1212Parser: SetRef(parser_, e); return true;
+    case Elem::Key: key_ = ParseInt(name_, e); return true;
+    default: return IntegerBase::ParseSpecific(e);
+  }
 }
 
 void IntKeyNode::CollectLinks(LinkSink& sink) {
   NodeImpl::CollectLinks(sink);
-  sink.Link(this, parser_, LinkClass::Reading, "p1212Parser");
+  sink.Link(this, parser_, LinkClass::Reading, Elem::p1212Parser, kConfRomKind);
 }
 
 int64_t IntKeyNode::GetInt(bool, bool ignoreCache) {
@@ -141,19 +142,20 @@ int64_t IntKeyNode::GetInt(bool, bool ignoreCache) {
 }
 
 EAccessMode IntKeyNode::NaturalAccessMode() const {
-  return parser_.node ? Combine(RO, parser_.node->AccessModeLocked()) : NA;
+  return parser_.node() ? Combine(RO, parser_.node()->AccessModeLocked()) : NA;
 }
 
 bool TextDescNode::ParseSpecific(const XmlElem& e) {
-  if (e.name == "p1212Parser") parser_.name = e.text;
-  else if (e.name == "Key") key_ = ParseInt(name_, e);
-  else return false;
-  return true;
+  switch (e.id) {
+    case Elem::p1212Parser: SetRef(parser_, e); return true;
+    case Elem::Key: key_ = ParseInt(name_, e); return true;
+    default: return false;
+  }
 }
 
 void TextDescNode::CollectLinks(LinkSink& sink) {
   NodeImpl::CollectLinks(sink);
-  sink.Link(this, parser_, LinkClass::Reading, "p1212Parser");
+  sink.Link(this, parser_, LinkClass::Reading, Elem::p1212Parser, kConfRomKind);
 }
 
 std::string TextDescNode::GetStr(bool, bool ignoreCache) {
@@ -175,7 +177,7 @@ std::string TextDescNode::GetStr(bool, bool ignoreCache) {
 }
 
 EAccessMode TextDescNode::NaturalAccessMode() const {
-  return parser_.node ? Combine(RO, parser_.node->AccessModeLocked()) : NA;
+  return parser_.node() ? Combine(RO, parser_.node()->AccessModeLocked()) : NA;
 }
 
 }  // namespace impl

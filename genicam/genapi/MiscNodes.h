@@ -10,7 +10,7 @@ namespace impl {
 
 class CategoryNode : public NodeImpl, public virtual ICategory {
  public:
-  CategoryNode(NodeMap* map, const std::string& name) : NodeImpl(map, name, "Category") {}
+  CategoryNode(NodeMap* map, const char* name) : NodeImpl(map, name, Elem::Category) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
@@ -23,13 +23,13 @@ class CategoryNode : public NodeImpl, public virtual ICategory {
   EAccessMode NaturalAccessMode() const override;
 
  private:
-  std::vector<Ref> features_;
+  ArenaVec<Ref> features_;
 };
 
 // The "Node" element: a node that only carries presentation and links.
 class PlainNode : public NodeImpl, public virtual IValue {
  public:
-  PlainNode(NodeMap* map, const std::string& name) : NodeImpl(map, name, "Node") {}
+  PlainNode(NodeMap* map, const char* name) : NodeImpl(map, name, Elem::Node) {}
   INode* GetNode() override { return this; }
   GenICam::gcstring ToString(bool, bool) override { return ""; }
   void FromString(const GenICam::gcstring&, bool) override { ThrowNotWritable("FromString"); }
@@ -39,8 +39,8 @@ class PlainNode : public NodeImpl, public virtual IValue {
 
 class RegisterNode : public RegisterBacked<NodeImpl> {
  public:
-  RegisterNode(NodeMap* map, const std::string& name, const char* typeName = "Register")
-      : RegisterBacked(map, name, typeName) {}
+  RegisterNode(NodeMap* map, const char* name, Elem kind = Elem::Register)
+      : RegisterBacked(map, name, kind) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
@@ -55,7 +55,7 @@ class RegisterNode : public RegisterBacked<NodeImpl> {
 // IntKey / TextDesc: a key of the configuration ROM named by p1212Parser.
 class IntKeyNode : public IntegerBase {
  public:
-  IntKeyNode(NodeMap* map, const std::string& name) : IntegerBase(map, name, "IntKey") {}
+  IntKeyNode(NodeMap* map, const char* name) : IntegerBase(map, name, Elem::IntKey) {}
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
   int64_t GetInt(bool verify, bool ignoreCache) override;
@@ -68,7 +68,7 @@ class IntKeyNode : public IntegerBase {
 
 class TextDescNode : public StringBase {
  public:
-  TextDescNode(NodeMap* map, const std::string& name) : StringBase(map, name, "TextDesc") {}
+  TextDescNode(NodeMap* map, const char* name) : StringBase(map, name, Elem::TextDesc) {}
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
   std::string GetStr(bool verify, bool ignoreCache) override;

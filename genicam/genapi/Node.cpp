@@ -2,6 +2,7 @@
 #include "Node.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "CallbackRegistry.h"
 #include "NodeMap.h"
@@ -9,8 +10,8 @@
 namespace GenApi {
 namespace impl {
 
-NodeImpl::NodeImpl(NodeMap* map, const std::string& name, const char* typeName)
-    : map_(map), name_(name), typeName_(typeName) {}
+NodeImpl::NodeImpl(NodeMap* map, const char* name, Elem kind)
+    : map_(map), name_(name), kind_(kind) {}
 
 NodeImpl::~NodeImpl() {
   for (CNodeCallback* cb : callbacks_) {
@@ -19,76 +20,124 @@ NodeImpl::~NodeImpl() {
   }
 }
 
+uint16_t KindBitsOf(Elem kind) {
+  switch (kind) {
+    case Elem::Integer: case Elem::IntReg: case Elem::MaskedIntReg: case Elem::IntSwissKnife:
+    case Elem::IntConverter: case Elem::IntKey: case Elem::AdvFeatureLock:
+    case Elem::SmartFeature: case Elem::StructEntry:
+      return kIntegerLike;
+    case Elem::Float: case Elem::FloatReg: case Elem::SwissKnife: case Elem::Converter:
+      return kFloatLike;
+    case Elem::Enumeration: return kEnumerationKind;
+    case Elem::Boolean: return kBooleanKind;
+    case Elem::String: case Elem::StringReg: case Elem::TextDesc: return kStringLike;
+    case Elem::Port: return kPortKind;
+    case Elem::EnumEntry: return kEnumEntryKind;
+    case Elem::ConfRom: return kConfRomKind;
+    default: return kOtherKind;
+  }
+}
+
+const char* KindsText(uint16_t kinds) {
+  switch (kinds) {
+    case kPolyInteger: return "an integer, float, boolean or enumeration";
+    case kPolyFloat: return "an integer, float or enumeration";
+    case kIntegerLike: return "an integer";
+    case kIntegerLike | kEnumerationKind: return "an integer or enumeration";
+    case kStringLike: return "a string";
+    case kPortKind: return "a port";
+    case kEnumerationKind: return "an enumeration";
+    case kEnumEntryKind: return "an enumeration entry";
+    case kConfRomKind: return "a configuration ROM";
+    default: return "a node of another kind";
+  }
+}
+
+Arena& NodeImpl::Memory() const { return map_->Memory(); }
+
+void NodeImpl::SetRef(Ref& ref, const XmlElem& e) { ref.SetName(map_->Names().Intern(e.Text())); }
+
+void NodeImpl::AddRef(ArenaVec<Ref>& list, const XmlElem& e) {
+  Ref ref;
+  SetRef(ref, e);
+  list.push_back(Memory(), ref);
+}
+
 void NodeImpl::Parse(const XmlElem& e) {
-  AddProperty(e.name, e.text, e.attrs.empty() ? std::string() : e.attrs.front().second);
-  if (e.name == "Extension") return;
+  if (e.id == Elem::Extension) return;
   if (ParseSpecific(e)) return;
   ParseCommon(e);  // unknown elements are kept as properties only
 }
 
 bool NodeImpl::ParseCommon(const XmlElem& e) {
-  const std::string& n = e.name;
-  if (n == "ToolTip") toolTip_ = e.text;
-  else if (n == "Description") description_ = e.text;
-  else if (n == "DisplayName") displayName_ = e.text;
-  else if (n == "Visibility") visibility_ = ParseVisibility(e);
-  else if (n == "DocuURL") docuUrl_ = e.text;
-  else if (n == "IsDeprecated") deprecated_ = ParseYesNo(e);
-  else if (n == "EventID") eventId_ = e.text;
-  else if (n == "pIsImplemented") pIsImplemented_.name = e.text;
-  else if (n == "pIsAvailable") pIsAvailable_.name = e.text;
-  else if (n == "pIsLocked") pIsLocked_.name = e.text;
-  else if (n == "pBlockPolling") pBlockPolling_.name = e.text;
-  else if (n == "ImposedAccessMode") imposedElement_ = ParseAccessMode(e, RW);
-  else if (n == "pError") pError_.name = e.text;
-  else if (n == "pAlias") pAlias_.name = e.text;
-  else if (n == "pCastAlias") pCastAlias_.name = e.text;
-  else if (n == "pInvalidator") invalidators_.push_back(Ref{e.text, nullptr});
-  else if (n == "pSelected") selected_.push_back(Ref{e.text, nullptr});
-  else if (n == "Streamable") streamable_ = ParseYesNo(e);
-  else if (n == "PollingTime") pollingTime_ = ParseInt(name_, e);
-  else return false;
+  switch (e.id) {
+    case Elem::Visibility: visibility_ = static_cast<uint8_t>(ParseVisibility(e)); break;
+    case Elem::IsDeprecated: deprecated_ = ParseYesNo(e); break;
+    case Elem::pIsImplemented: SetRef(pIsImplemented_, e); break;
+    case Elem::pIsAvailable: SetRef(pIsAvailable_, e); break;
+    case Elem::pIsLocked: SetRef(pIsLocked_, e); break;
+    case Elem::pBlockPolling: SetRef(pBlockPolling_, e); break;
+    case Elem::ImposedAccessMode:
+      imposedElement_ = static_cast<uint8_t>(ParseAccessMode(e, RW));
+      break;
+    case Elem::pError: SetRef(pError_, e); break;
+    case Elem::pAlias: SetRef(pAlias_, e); break;
+    case Elem::pCastAlias: SetRef(pCastAlias_, e); break;
+    case Elem::pInvalidator: AddRef(invalidators_, e); break;
+    case Elem::pSelected: AddRef(selected_, e); break;
+    case Elem::Streamable: streamable_ = ParseYesNo(e); break;
+    case Elem::PollingTime: pollingTime_ = ParseInt(name_, e); break;
+    default: return false;  // presentation texts are read from the properties
+  }
   return true;
 }
 
-void NodeImpl::AddProperty(const std::string& name, const std::string& value,
-                           const std::string& attr) {
-  properties_.push_back(Property{name, value, attr});
+const char* NodeImpl::Text(Elem element) const {
+  const char* name = ElemName(element);
+  for (size_t i = properties_.size(); i-- > 0;)
+    if (properties_[i].name == name) return properties_[i].value;
+  return "";
 }
 
 void NodeImpl::CollectLinks(LinkSink& sink) {
-  sink.Link(this, pIsImplemented_, LinkClass::Reading, "pIsImplemented");
-  sink.Link(this, pIsAvailable_, LinkClass::Reading, "pIsAvailable");
-  sink.Link(this, pIsLocked_, LinkClass::Reading, "pIsLocked");
-  sink.Link(this, pBlockPolling_, LinkClass::Reading, "pBlockPolling");
-  sink.Link(this, pError_, LinkClass::Reading, "pError");
-  sink.Link(this, pAlias_, LinkClass::None, "pAlias");
-  sink.Link(this, pCastAlias_, LinkClass::None, "pCastAlias");
-  for (Ref& r : invalidators_) sink.Link(this, r, LinkClass::Invalidating, "pInvalidator");
-  for (Ref& r : selected_) sink.Link(this, r, LinkClass::None, "pSelected");
+  sink.Link(this, pIsImplemented_, LinkClass::Reading, Elem::pIsImplemented, kPolyInteger);
+  sink.Link(this, pIsAvailable_, LinkClass::Reading, Elem::pIsAvailable, kPolyInteger);
+  sink.Link(this, pIsLocked_, LinkClass::Reading, Elem::pIsLocked, kPolyInteger);
+  sink.Link(this, pBlockPolling_, LinkClass::Reading, Elem::pBlockPolling, kPolyInteger);
+  sink.Link(this, pError_, LinkClass::Reading, Elem::pError, kEnumerationKind);
+  sink.Link(this, pAlias_, LinkClass::None, Elem::pAlias, kAnyKind);
+  sink.Link(this, pCastAlias_, LinkClass::None, Elem::pCastAlias, kAnyKind);
+  for (Ref& r : invalidators_)
+    sink.Link(this, r, LinkClass::Invalidating, Elem::pInvalidator, kAnyKind);
+  for (Ref& r : selected_) sink.Link(this, r, LinkClass::None, Elem::pSelected, kAnyKind);
 }
 
 GenICam::gcstring NodeImpl::GetName(bool FullQualified) const {
-  if (!FullQualified) return name_.c_str();
-  return ((nameSpace_ == Standard ? "Std::" : "Cust::") + name_).c_str();
+  if (!FullQualified) return name_;
+  return (std::string(nameSpace_ == Standard ? "Std::" : "Cust::") + name_).c_str();
 }
 
-EVisibility NodeImpl::GetVisibility() const { return Combine(visibility_, imposedVisibility_); }
+EVisibility NodeImpl::GetVisibility() const {
+  return Combine(static_cast<EVisibility>(visibility_),
+                 static_cast<EVisibility>(imposedVisibility_));
+}
 
 GenICam::gcstring NodeImpl::GetDescription() const {
-  return (description_.empty() ? toolTip_ : description_).c_str();
+  const char* description = Text(Elem::Description);
+  return *description != '\0' ? description : Text(Elem::ToolTip);
 }
 
 GenICam::gcstring NodeImpl::GetDisplayName() const {
-  return (displayName_.empty() ? name_ : displayName_).c_str();
+  const char* displayName = Text(Elem::DisplayName);
+  return *displayName != '\0' ? displayName : name_;
 }
 
 GenICam::gcstring NodeImpl::GetDeviceName() const { return map_->GetDeviceName(); }
 
 INodeMap* NodeImpl::GetNodeMap() const { return map_; }
 
-INode* NodeImpl::GetAlias() const { return pAlias_.node; }
-INode* NodeImpl::GetCastAlias() const { return pCastAlias_.node; }
+INode* NodeImpl::GetAlias() const { return pAlias_.node(); }
+INode* NodeImpl::GetCastAlias() const { return pCastAlias_.node(); }
 
 bool NodeImpl::IsFeature() const {
   return dynamic_cast<const IValue*>(this) != nullptr ||
@@ -98,21 +147,21 @@ bool NodeImpl::IsFeature() const {
 void NodeImpl::InvalidateNode() { map_->InvalidateFrom(this); }
 
 void NodeImpl::ImposeAccessMode(EAccessMode mode) {
-  imposedByUser_ = mode;
+  imposedByUser_ = static_cast<uint8_t>(mode);
   map_->InvalidateFrom(this);
 }
 
-void NodeImpl::ImposeVisibility(EVisibility v) { imposedVisibility_ = v; }
+void NodeImpl::ImposeVisibility(EVisibility v) { imposedVisibility_ = static_cast<uint8_t>(v); }
 
 void NodeImpl::GetSelectedFeatures(FeatureList_t& features) const {
   features.clear();
   for (const Ref& r : selected_)
-    if (IValue* v = dynamic_cast<IValue*>(r.node)) features.push_back(v);
+    if (IValue* v = dynamic_cast<IValue*>(r.node())) features.push_back(v);
 }
 
 void NodeImpl::GetSelectingFeatures(FeatureList_t& features) const {
   features.clear();
-  for (NodeImpl* n : selecting)
+  for (NodeImpl* n : links.selecting)
     if (IValue* v = dynamic_cast<IValue*>(n)) features.push_back(v);
 }
 
@@ -120,16 +169,18 @@ void NodeImpl::GetSelectingFeatures(FeatureList_t& features) const {
 
 void NodeImpl::GetPropertyNames(GenICam::gcstring_vector& names) const {
   names.clear();
-  std::vector<std::string> seen{"Name", "NameSpace", "DeviceName"};
-  for (const Property& p : properties_)
-    if (std::find(seen.begin(), seen.end(), p.name) == seen.end()) seen.push_back(p.name);
-  for (const std::string& s : seen) names.push_back(s.c_str());
+  std::vector<const char*> seen{"Name", "NameSpace", "DeviceName"};
+  for (const Property& p : properties_) {
+    auto same = [&p](const char* s) { return std::strcmp(s, p.name) == 0; };
+    if (std::find_if(seen.begin(), seen.end(), same) == seen.end()) seen.push_back(p.name);
+  }
+  for (const char* s : seen) names.push_back(s);
 }
 
 namespace {
-std::string JoinNames(const std::vector<NodeImpl*>& nodes, bool reversed) {
+std::string JoinNames(Span<NodeImpl*> nodes, bool reversed) {
   std::string out;
-  std::vector<NodeImpl*> list(nodes);
+  std::vector<NodeImpl*> list(nodes.begin(), nodes.end());
   if (reversed) std::reverse(list.begin(), list.end());
   for (NodeImpl* n : list) {
     if (!out.empty()) out += '\t';
@@ -146,7 +197,7 @@ bool NodeImpl::GetProperty(const GenICam::gcstring& propertyName, GenICam::gcstr
   valueStr = "";
   attributeStr = "";
   if (key == "Name") {
-    valueStr = name_.c_str();
+    valueStr = name_;
     return true;
   }
   if (key == "NameSpace") {
@@ -168,13 +219,13 @@ bool NodeImpl::GetProperty(const GenICam::gcstring& propertyName, GenICam::gcstr
   std::string value, attribute;
   bool found = false;
   for (const Property& p : properties_) {
-    if (p.name != key) continue;
+    if (key != p.name) continue;
     if (found) {
       value += '\t';
       attribute += '\t';
     }
     value += p.value;
-    attribute += p.attribute;
+    attribute += p.Attribute();
     found = true;
   }
   valueStr = value.c_str();
@@ -185,7 +236,7 @@ bool NodeImpl::GetProperty(const GenICam::gcstring& propertyName, GenICam::gcstr
 // ---- callbacks ----
 
 CallbackHandleType NodeImpl::RegisterCallback(CNodeCallback* pCallback) {
-  if (!pCallback) throw INVALID_ARGUMENT_EXCEPTION_NODE(name_.c_str(), "RegisterCallback")(
+  if (!pCallback) throw INVALID_ARGUMENT_EXCEPTION_NODE(name_, "RegisterCallback")(
       "Null callback");
   AutoLock guard(map_->GetLock());
   callbacks_.push_back(pCallback);
@@ -210,11 +261,9 @@ void NodeImpl::FireCallbacks(ECallbackType phase) {
   const std::vector<CNodeCallback*> snapshot(callbacks_);
   for (CNodeCallback* cb : snapshot) {
     if (std::find(callbacks_.begin(), callbacks_.end(), cb) == callbacks_.end()) continue;
-    try {
-      (*cb)(phase);
-    } catch (...) {
-      // A failing client callback must not leave the map half-updated.
-    }
+    // Like the reference, a client's exception reaches the caller of the
+    // write; the map has finished its own bookkeeping before any callback.
+    (*cb)(phase);
   }
 }
 
@@ -223,9 +272,13 @@ bool NodeImpl::Poll(int64_t elapsed) {
   pollElapsed_ += elapsed;
   if (pollElapsed_ < pollingTime_) return false;
   pollElapsed_ = 0;
-  if (pBlockPolling_.node) {
+  if (pBlockPolling_.node()) {
     bool readable = false;
-    if (ReadGuard(this, pBlockPolling_.node, readable) && readable) return false;
+    try {
+      if (ReadGuard(this, pBlockPolling_.node(), readable) && readable) return false;
+    } catch (const GenICam::GenericException&) {
+      // A guard that cannot be read does not block polling.
+    }
   }
   return true;
 }
@@ -233,11 +286,11 @@ bool NodeImpl::Poll(int64_t elapsed) {
 // ---- throwing helpers ----
 
 void NodeImpl::ThrowNotReadable(const char* method) const {
-  throw ACCESS_EXCEPTION_NODE(name_.c_str(), method)("Node is not readable.");
+  throw ACCESS_EXCEPTION_NODE(name_, method)("Node is not readable.");
 }
 
 void NodeImpl::ThrowNotWritable(const char* method) const {
-  throw ACCESS_EXCEPTION_NODE(name_.c_str(), method)("Node is not writable.");
+  throw ACCESS_EXCEPTION_NODE(name_, method)("Node is not writable.");
 }
 
 void NodeImpl::CheckReadable(const char* method) const {
@@ -249,15 +302,15 @@ void NodeImpl::CheckWritable(const char* method) const {
 }
 
 void NodeImpl::ThrowUnsupported(const char* what) const {
-  throw LOGICAL_ERROR_EXCEPTION_NODE(name_.c_str(), what)(
-      "Node '%s' of type %s cannot be used as %s", name_.c_str(), typeName_, what);
+  throw LOGICAL_ERROR_EXCEPTION_NODE(name_, what)(
+      "Node '%s' of type %s cannot be used as %s", name_, TypeName(), what);
 }
 
 bool NodeImpl::ChildrenCacheValid() const {
   AutoLock guard(map_->GetLock());
   if (GetCachingMode() == NoCache) return false;
   // Pointer nodes depend on their value source, formulas on their variables.
-  for (NodeImpl* child : writingChildren.empty() ? readingChildren : writingChildren) {
+  for (NodeImpl* child : links.writing == 0 ? ReadingChildren() : WritingChildren()) {
     const IValue* v = dynamic_cast<const IValue*>(child);
     if (v && !v->IsValueCacheValid()) return false;
   }
@@ -265,11 +318,11 @@ bool NodeImpl::ChildrenCacheValid() const {
 }
 
 void NodeImpl::CheckError(const char* method) {
-  if (!pError_.node) return;
-  const int64_t code = ReadInt(this, pError_.node, true);
+  if (!pError_.node()) return;
+  const int64_t code = ReadInt(this, pError_.node(), true);
   if (code == 0) return;
   std::string text = "error " + std::to_string(code);
-  if (auto* e = dynamic_cast<IEnumeration*>(pError_.node)) {
+  if (auto* e = dynamic_cast<IEnumeration*>(pError_.node())) {
     if (IEnumEntry* entry = e->GetEntry(code)) {
       INode* n = entry->GetNode();
       text = std::string(n->GetDisplayName().c_str());
@@ -277,7 +330,7 @@ void NodeImpl::CheckError(const char* method) {
       if (!tip.empty()) text += " : " + tip;
     }
   }
-  throw RUNTIME_EXCEPTION_NODE(name_.c_str(), method)("%s", text.c_str());
+  throw RUNTIME_EXCEPTION_NODE(name_, method)("%s", text.c_str());
 }
 
 // ---- default value protocol: conversions between the numeric kinds ----
@@ -290,7 +343,7 @@ double NodeImpl::GetFloat(bool verify, bool ignoreCache) {
 void NodeImpl::SetFloat(double value, bool verify) {
   const double r = value < 0 ? value - 0.5 : value + 0.5;
   if (!(r > -9.2e18 && r < 9.2e18))
-    throw OUT_OF_RANGE_EXCEPTION_NODE(name_.c_str(), "SetValue")(
+    throw OUT_OF_RANGE_EXCEPTION_NODE(name_, "SetValue")(
         "Value %f does not fit an integer", value);
   SetInt(static_cast<int64_t>(r), verify);
 }
@@ -316,15 +369,11 @@ double ReadFloat(const NodeImpl* owner, NodeImpl* target, bool ignoreCache) {
 
 bool ReadGuard(const NodeImpl* owner, NodeImpl* target, bool& readable) {
   readable = false;
-  try {
-    CallGuard guard(owner);
-    if (!IsReadable(target->AccessModeLocked())) return false;
-    const bool value = target->GetInt(false, false) != 0;
-    readable = true;
-    return value;
-  } catch (const GenICam::GenericException&) {
-    return false;
-  }
+  CallGuard guard(owner);
+  if (!IsReadable(target->AccessModeLocked())) return false;
+  const bool value = target->GetInt(false, false) != 0;
+  readable = true;
+  return value;
 }
 
 }  // namespace impl

@@ -8,6 +8,7 @@
 
 #include <GenApi/GenApi.h>
 
+#include "Arena.h"
 #include "XmlElem.h"
 
 namespace GenApi {
@@ -19,29 +20,71 @@ class NodeImpl;
 // How a pointer element ties two nodes together (writing ⊂ reading ⊂ invalidating).
 enum class LinkClass { Writing, Reading, Invalidating, None };
 
-// A pointer element: the target's name until the map resolves it.
-struct Ref {
-  std::string name;
-  NodeImpl* node = nullptr;
-  bool Given() const { return !name.empty(); }
+// Node kinds as pointers see them: each pointer element may only name the
+// kinds the schema's key references allow for it.
+enum KindBit : uint16_t {
+  kIntegerLike = 1 << 0,
+  kFloatLike = 1 << 1,
+  kEnumerationKind = 1 << 2,
+  kBooleanKind = 1 << 3,
+  kStringLike = 1 << 4,
+  kPortKind = 1 << 5,
+  kEnumEntryKind = 1 << 6,
+  kConfRomKind = 1 << 7,
+  kOtherKind = 1 << 8,
+};
+// Anything readable as an integer / as a float; any node at all.
+constexpr uint16_t kPolyInteger = kIntegerLike | kFloatLike | kEnumerationKind | kBooleanKind;
+constexpr uint16_t kPolyFloat = kIntegerLike | kFloatLike | kEnumerationKind;
+constexpr uint16_t kAnyKind = 0xFFFF;
+
+// The kind bits of a node element and a readable name for a set of them.
+uint16_t KindBitsOf(Elem kind);
+const char* KindsText(uint16_t kinds);
+
+// A pointer element: the interned target name (marked by the low bit; nodes
+// are aligned) until the map links it, then the node.
+class Ref {
+ public:
+  void SetName(uint32_t nameId) { bits_ = (uintptr_t(nameId) << 1) | 1u; }
+  bool Given() const { return bits_ != 0; }
+  bool Named() const { return (bits_ & 1u) != 0; }
+  uint32_t NameId() const { return static_cast<uint32_t>(bits_ >> 1); }
+  void Resolve(NodeImpl* node) { bits_ = reinterpret_cast<uintptr_t>(node); }
+  NodeImpl* node() const { return Named() ? nullptr : reinterpret_cast<NodeImpl*>(bits_); }
+
+ private:
+  uintptr_t bits_ = 0;
 };
 
 // Receives every pointer of a node while the map resolves and links them.
 class LinkSink {
  public:
   virtual ~LinkSink() = default;
-  virtual void Link(NodeImpl* owner, Ref& ref, LinkClass cls, const char* element) = 0;
+  // kinds: the node kinds the pointer may name.
+  virtual void Link(NodeImpl* owner, Ref& ref, LinkClass cls, Elem element, uint16_t kinds) = 0;
 };
 
+// One element of the node as the description gave it, for GetProperty. The
+// attribute text follows the value's terminating NUL.
 struct Property {
-  std::string name;
-  std::string value;
-  std::string attribute;
+  const char* name;
+  const char* value;
+  const char* Attribute() const { return value + std::char_traits<char>::length(value) + 1; }
+};
+
+// A node's links, laid out by the map once every pointer is resolved.
+struct NodeLinks {
+  NodeImpl** children = nullptr;  // writing children, then reading-only, then invalidating-only
+  uint32_t writing = 0, reading = 0, invalidating = 0;
+  Span<NodeImpl*> parents;
+  Span<NodeImpl*> invalidatedBy;  // nodes that hold this one as invalidating child
+  Span<NodeImpl*> selecting;      // synthesised inverse of pSelected
 };
 
 class NodeImpl : public virtual INode, public virtual ISelector {
  public:
-  NodeImpl(NodeMap* map, const std::string& name, const char* typeName);
+  NodeImpl(NodeMap* map, const char* name, Elem kind);
   ~NodeImpl() override;
   NodeImpl(const NodeImpl&) = delete;
   NodeImpl& operator=(const NodeImpl&) = delete;
@@ -51,17 +94,21 @@ class NodeImpl : public virtual INode, public virtual ISelector {
   virtual bool ParseSpecific(const XmlElem&) { return false; }
   virtual void CollectLinks(LinkSink& sink);
   virtual void FinishLoad() {}
-  const char* TypeName() const { return typeName_; }
-  const std::string& Name() const { return name_; }
-  void SetNameSpace(ENameSpace ns) { nameSpace_ = ns; }
-  void AddProperty(const std::string& name, const std::string& value, const std::string& attr);
+  const char* TypeName() const { return ElemName(kind_); }
+  uint16_t KindBits() const { return KindBitsOf(kind_); }
+  const char* Name() const { return name_; }
+  void SetNameSpace(ENameSpace ns) { nameSpace_ = static_cast<uint8_t>(ns); }
+  void SetProperties(Span<Property> properties) { properties_ = properties; }
+  uint32_t Index() const { return index_; }
+  void SetIndex(uint32_t index) { index_ = index; }
 
-  // ---- links (filled by the map after resolving) ----
-  std::vector<NodeImpl*> readingChildren, writingChildren, invalidatingChildren, parents;
-  std::vector<NodeImpl*> invalidatedBy;  // nodes that hold this one as invalidating child
-  std::vector<NodeImpl*> selecting;      // synthesised inverse of pSelected
-  const std::vector<NodeImpl*>& DependingNodes();
-  const std::vector<NodeImpl*>& TerminalNodes();
+  // ---- links (laid out by the map after resolving) ----
+  NodeLinks links;
+  Span<NodeImpl*> WritingChildren() const { return {links.children, links.writing}; }
+  Span<NodeImpl*> ReadingChildren() const { return {links.children, links.reading}; }
+  Span<NodeImpl*> InvalidatingChildren() const { return {links.children, links.invalidating}; }
+  Span<NodeImpl*> DependingNodes();
+  Span<NodeImpl*> TerminalNodes();
 
   // ---- internal value protocol (no access checks, no callbacks) ----
   virtual int64_t GetInt(bool verify, bool ignoreCache);
@@ -99,14 +146,14 @@ class NodeImpl : public virtual INode, public virtual ISelector {
   // ---- INode ----
   EAccessMode GetAccessMode() const override;
   GenICam::gcstring GetName(bool FullQualified = false) const override;
-  ENameSpace GetNameSpace() const override { return nameSpace_; }
+  ENameSpace GetNameSpace() const override { return static_cast<ENameSpace>(nameSpace_); }
   EVisibility GetVisibility() const override;
   void InvalidateNode() override;
   bool IsCachable() const override { return GetCachingMode() != NoCache; }
   EYesNo IsAccessModeCacheable() const override;
   ECachingMode GetCachingMode() const override;
   int64_t GetPollingTime() const override { return pollingTime_; }
-  GenICam::gcstring GetToolTip() const override { return toolTip_.c_str(); }
+  GenICam::gcstring GetToolTip() const override { return Text(Elem::ToolTip); }
   GenICam::gcstring GetDescription() const override;
   GenICam::gcstring GetDisplayName() const override;
   GenICam::gcstring GetDeviceName() const override;
@@ -115,7 +162,7 @@ class NodeImpl : public virtual INode, public virtual ISelector {
   CallbackHandleType RegisterCallback(CNodeCallback* pCallback) override;
   bool DeregisterCallback(CallbackHandleType hCallback) override;
   INodeMap* GetNodeMap() const override;
-  GenICam::gcstring GetEventID() const override { return eventId_.c_str(); }
+  GenICam::gcstring GetEventID() const override { return Text(Elem::EventID); }
   bool IsStreamable() const override { return streamable_; }
   void GetPropertyNames(GenICam::gcstring_vector& PropertyNames) const override;
   bool GetProperty(const GenICam::gcstring& PropertyName, GenICam::gcstring& ValueStr,
@@ -124,7 +171,7 @@ class NodeImpl : public virtual INode, public virtual ISelector {
   void ImposeVisibility(EVisibility ImposedVisibility) override;
   INode* GetAlias() const override;
   INode* GetCastAlias() const override;
-  GenICam::gcstring GetDocuURL() const override { return docuUrl_.c_str(); }
+  GenICam::gcstring GetDocuURL() const override { return Text(Elem::DocuURL); }
   bool IsDeprecated() const override { return deprecated_; }
   EInterfaceType GetPrincipalInterfaceType() const override = 0;
   bool IsFeature() const override;
@@ -151,43 +198,50 @@ class NodeImpl : public virtual INode, public virtual ISelector {
   bool ChildrenCacheValid() const;
   // Throws when the node's pError enumeration reports an error (value not 0).
   void CheckError(const char* method);
+  // The last text the description gave for a presentation element, or "".
+  const char* Text(Elem element) const;
+  // Records a pointer element's target name.
+  void SetRef(Ref& ref, const XmlElem& e);
+  void AddRef(ArenaVec<Ref>& list, const XmlElem& e);
+  Arena& Memory() const;
 
   NodeMap* map_;
-  std::string name_;
-  const char* typeName_;
-  ENameSpace nameSpace_ = Custom;
-  std::string toolTip_, description_, displayName_, docuUrl_, eventId_;
-  EVisibility visibility_ = Beginner;
-  EVisibility imposedVisibility_ = _UndefinedVisibility;
+  const char* name_;
+  Elem kind_;
+  uint8_t nameSpace_ = Custom;
+  uint8_t visibility_ = Beginner;
+  uint8_t imposedVisibility_ = _UndefinedVisibility;
+  uint8_t imposedElement_ = RW;
+  uint8_t imposedByUser_ = RW;
   bool deprecated_ = false;
   bool streamable_ = false;
   int64_t pollingTime_ = -1;
-  EAccessMode imposedElement_ = RW;
-  EAccessMode imposedByUser_ = RW;
   Ref pIsImplemented_, pIsAvailable_, pIsLocked_, pBlockPolling_, pError_, pAlias_, pCastAlias_;
-  std::vector<Ref> invalidators_;
-  std::vector<Ref> selected_;
-  std::vector<Property> properties_;
+  ArenaVec<Ref> invalidators_;
+  ArenaVec<Ref> selected_;
+  Span<Property> properties_;
 
  private:
   EAccessMode ComputeAccessMode() const;
   bool ParseCommon(const XmlElem& element);
 
   std::vector<CNodeCallback*> callbacks_;
-  mutable EAccessMode accessCache_ = _UndefinedAccesMode;
+  uint32_t index_ = 0;
+  mutable uint8_t accessCache_ = _UndefinedAccesMode;
   mutable bool accessCacheValid_ = false;
   mutable bool computingAccess_ = false;
-  mutable int cachingModeState_ = -1;  // -1 unknown, -2 computing, else ECachingMode
-  mutable int accessCacheableState_ = -1;
-  std::vector<NodeImpl*> depending_, terminal_;
+  mutable int8_t cachingModeState_ = -1;  // -1 unknown, -2 computing, else ECachingMode
+  mutable int8_t accessCacheableState_ = -1;
   bool dependingKnown_ = false, terminalKnown_ = false;
+  Span<NodeImpl*> depending_, terminal_;
   int64_t pollElapsed_ = 0;
 };
 
 // Value helpers that follow a pointer with a recursion guard.
 int64_t ReadInt(const NodeImpl* owner, NodeImpl* target, bool ignoreCache);
 double ReadFloat(const NodeImpl* owner, NodeImpl* target, bool ignoreCache);
-// Guard value read for pIsImplemented/pIsAvailable/pIsLocked/pBlockPolling.
+// Guard value read for pIsImplemented/pIsAvailable/pIsLocked/pBlockPolling;
+// errors while reading reach the caller.
 bool ReadGuard(const NodeImpl* owner, NodeImpl* target, bool& readable);
 
 }  // namespace impl

@@ -16,7 +16,15 @@ constexpr int kMaxCallDepth = 200;
 
 NodeMap::NodeMap(const std::string& deviceName) : deviceName_(deviceName) {}
 
-NodeMap::~NodeMap() = default;
+NodeMap::~NodeMap() { Clear(); }
+
+void NodeMap::Clear() {
+  for (NodeImpl* n : nodes_) n->~NodeImpl();
+  nodes_.clear();
+  nodes_.shrink_to_fit();
+  names_.Clear();
+  arena_.Release();
+}
 
 void NodeMap::Destroy() { delete this; }
 
@@ -24,40 +32,37 @@ void NodeMap::GetNodes(NodeList_t& nodes) const {
   AutoLock guard(lock_);
   nodes.clear();
   nodes.reserve(nodes_.size());
-  for (const auto& n : nodes_) nodes.push_back(n.get());
-}
-
-NodeImpl* NodeMap::Find(const std::string& name) const {
-  auto it = byName_.find(name);
-  return it == byName_.end() ? nullptr : it->second;
+  for (NodeImpl* n : nodes_) nodes.push_back(n);
 }
 
 INode* NodeMap::GetNode(const GenICam::gcstring& name) const {
   AutoLock guard(lock_);
-  std::string key(name.c_str());
+  const std::string_view key(name.c_str(), name.size());
   if (NodeImpl* n = Find(key)) return n;
   // Qualified names: "Std::X" for standard nodes, "Cust::X" for custom ones.
-  for (const char* prefix : {"Std::", "Cust::"}) {
-    const std::string p(prefix);
-    if (key.compare(0, p.size(), p) != 0) continue;
-    NodeImpl* n = Find(key.substr(p.size()));
-    if (n && (n->GetNameSpace() == Standard) == (p == "Std::")) return n;
+  for (const std::string_view prefix : {std::string_view("Std::"), std::string_view("Cust::")}) {
+    if (key.substr(0, prefix.size()) != prefix) continue;
+    NodeImpl* n = Find(key.substr(prefix.size()));
+    if (n && (n->GetNameSpace() == Standard) == (prefix == "Std::")) return n;
   }
   return nullptr;
 }
 
-void NodeMap::AddNode(std::unique_ptr<NodeImpl> node) {
-  const std::string& name = node->Name();
-  if (!byName_.emplace(name, node.get()).second)
-    throw RUNTIME_EXCEPTION("Node '%s' : duplicate node name (element %s)", name.c_str(),
-                            node->TypeName());
-  nodes_.push_back(std::move(node));
+void NodeMap::AddNode(NodeImpl* node, uint32_t nameId) {
+  if (names_.NodeOf(nameId) != nullptr) {
+    const char* type = node->TypeName();
+    node->~NodeImpl();
+    throw RUNTIME_EXCEPTION("Node '%s' : duplicate node name (element %s)", names_.Text(nameId),
+                            type);
+  }
+  names_.SetNode(nameId, node);
+  node->SetIndex(static_cast<uint32_t>(nodes_.size()));
+  nodes_.push_back(node);
 }
 
 void NodeMap::ClearAllNodes() {
   AutoLock guard(lock_);
-  byName_.clear();
-  nodes_.clear();
+  Clear();
 }
 
 void NodeMap::GetSupportedSchemaVersions(GenICam::gcstring_vector& versions) const {
@@ -73,10 +78,10 @@ void NodeMap::GetGenApiVersion(Version_t& version, uint16_t& build) {
 
 bool NodeMap::Connect(IPort* pPort, const GenICam::gcstring& portName) const {
   AutoLock guard(lock_);
-  PortNode* port = dynamic_cast<PortNode*>(Find(std::string(portName.c_str())));
+  PortNode* port = dynamic_cast<PortNode*>(Find(std::string_view(portName.c_str())));
   if (!port) return false;
   port->Attach(pPort);
-  for (const auto& n : nodes_) n->ClearCaches();
+  for (NodeImpl* n : nodes_) n->ClearCaches();
   return true;
 }
 
@@ -86,9 +91,9 @@ void NodeMap::InvalidateNodes() const {
   std::vector<NodeImpl*> toFire;
   {
     AutoLock guard(lock_);
-    for (const auto& n : nodes_) {
+    for (NodeImpl* n : nodes_) {
       n->ClearCaches();
-      if (n->HasCallbacks()) toFire.push_back(n.get());
+      if (n->HasCallbacks()) toFire.push_back(n);
     }
     Fire(toFire, cbPostInsideLock);
   }
@@ -115,13 +120,13 @@ void NodeMap::Poll(int64_t elapsedTime) {
   {
     AutoLock guard(lock_);
     std::unordered_set<NodeImpl*> seen;
-    for (const auto& n : nodes_) {
+    for (NodeImpl* n : nodes_) {
       if (!n->Poll(elapsedTime)) continue;
       // The polled value lives in the node's terminal registers: drop those
       // caches too, then everything that depends on them.
-      std::vector<NodeImpl*> sources{n.get()};
+      std::vector<NodeImpl*> sources{n};
       for (NodeImpl* t : n->TerminalNodes())
-        if (t != n.get()) sources.push_back(t);
+        if (t != n) sources.push_back(t);
       for (NodeImpl* src : sources) {
         src->ClearCaches();
         if (seen.insert(src).second) toFire.push_back(src);
@@ -175,8 +180,8 @@ void NodeMap::Fire(const std::vector<NodeImpl*>& nodes, ECallbackType phase) {
 void NodeMap::EnterCall(const NodeImpl* node) {
   if (++callDepth_ > kMaxCallDepth) {
     --callDepth_;
-    throw RUNTIME_EXCEPTION_NODE(node->Name().c_str(), "GetValue")(
-        "Node '%s' : pointer chain deeper than %d nodes", node->Name().c_str(), kMaxCallDepth);
+    throw RUNTIME_EXCEPTION_NODE(node->Name(), "GetValue")(
+        "Node '%s' : pointer chain deeper than %d nodes", node->Name(), kMaxCallDepth);
   }
 }
 

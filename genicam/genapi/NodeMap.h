@@ -9,10 +9,14 @@
 
 #include <GenApi/GenApi.h>
 
+#include "Arena.h"
+#include "NameTable.h"
 #include "Node.h"
 
 namespace GenApi {
 namespace impl {
+
+class FormulaCache;
 
 struct DeviceInfoData {
   std::string modelName, vendorName, toolTip, standardNameSpace = "None";
@@ -60,11 +64,17 @@ class NodeMap : public INodeMapDyn, public IDestroy, public IDeviceInfo {
   GenICam::gcstring GetVersionGuid() override { return info_.versionGuid.c_str(); }
 
   // ---- used by the loader ----
-  void AddNode(std::unique_ptr<NodeImpl> node);
-  NodeImpl* Find(const std::string& name) const;
+  // Takes a node built in Memory(); its name must not be taken yet.
+  void AddNode(NodeImpl* node, uint32_t nameId);
+  NodeImpl* Find(std::string_view name) const { return names_.FindNode(name); }
   DeviceInfoData& Info() { return info_; }
   void LoadText(const char* data, size_t size);
   void Link();  // second pass: resolve pointers and compute dependencies
+  Arena& Memory() { return arena_; }
+  NameTable& Names() { return names_; }
+  // Shared compilations while a description loads; null otherwise.
+  FormulaCache* GetFormulaCache() const { return formulaCache_; }
+  void SetFormulaCache(FormulaCache* cache) { formulaCache_ = cache; }
 
   // ---- used by nodes ----
   // Runs a write: collects every node written, then invalidates dependents
@@ -82,12 +92,15 @@ class NodeMap : public INodeMapDyn, public IDestroy, public IDeviceInfo {
   void BeginWrite();
   void EndWrite(bool success, std::vector<NodeImpl*>& toFire);
   static void Fire(const std::vector<NodeImpl*>& nodes, ECallbackType phase);
-  void CheckEmpty() const;
+  void Clear();
 
   std::string deviceName_;
   mutable CLock lock_;
-  std::vector<std::unique_ptr<NodeImpl>> nodes_;
-  std::unordered_map<std::string, NodeImpl*> byName_;
+  // Declared before the nodes: the nodes live in the arena and their names in the table.
+  Arena arena_;
+  NameTable names_{arena_};
+  std::vector<NodeImpl*> nodes_;
+  FormulaCache* formulaCache_ = nullptr;
   DeviceInfoData info_;
   int writeDepth_ = 0;
   std::vector<NodeImpl*> written_;

@@ -10,16 +10,17 @@ namespace GenApi {
 namespace impl {
 
 bool PortNode::ParseSpecific(const XmlElem& e) {
-  if (e.name == "SwapEndianess") swapEndianess_ = ParseYesNo(e);
-  else if (e.name == "pChunkID") pChunkID_.name = e.text;
-  else if (e.name == "ChunkID" || e.name == "CacheChunkData") return true;
-  else return false;
-  return true;
+  switch (e.id) {
+    case Elem::SwapEndianess: swapEndianess_ = ParseYesNo(e); return true;
+    case Elem::pChunkID: SetRef(pChunkID_, e); return true;
+    case Elem::ChunkID: case Elem::CacheChunkData: return true;
+    default: return false;
+  }
 }
 
 void PortNode::CollectLinks(LinkSink& sink) {
   NodeImpl::CollectLinks(sink);
-  sink.Link(this, pChunkID_, LinkClass::Reading, "pChunkID");
+  sink.Link(this, pChunkID_, LinkClass::Reading, Elem::pChunkID, kPolyInteger);
 }
 
 EAccessMode PortNode::NaturalAccessMode() const {
@@ -30,10 +31,10 @@ EAccessMode PortNode::NaturalAccessMode() const {
 
 void PortNode::CheckBuffer(const void* buffer, int64_t length, const char* method) const {
   if (!port_)
-    throw ACCESS_EXCEPTION_NODE(name_.c_str(), method)("Port '%s' is not connected",
-                                                       name_.c_str());
+    throw ACCESS_EXCEPTION_NODE(name_, method)("Port '%s' is not connected",
+                                                       name_);
   if (length < 0 || (length > 0 && !buffer))
-    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_.c_str(), method)(
+    throw INVALID_ARGUMENT_EXCEPTION_NODE(name_, method)(
         "Invalid buffer or length %lld", static_cast<long long>(length));
 }
 

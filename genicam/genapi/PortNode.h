@@ -8,7 +8,7 @@ namespace impl {
 
 class PortNode : public NodeImpl, public virtual IPort {
  public:
-  PortNode(NodeMap* map, const std::string& name) : NodeImpl(map, name, "Port") {}
+  PortNode(NodeMap* map, const char* name) : NodeImpl(map, name, Elem::Port) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;

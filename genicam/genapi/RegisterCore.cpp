@@ -1,6 +1,8 @@
 // RegisterCore: address arithmetic, port traffic and the byte cache.
 #include "RegisterCore.h"
 
+#include <cstring>
+
 #include "NodeMap.h"
 #include "PortNode.h"
 
@@ -12,57 +14,70 @@ namespace {
 constexpr int64_t kMaxRegisterLength = 64 * 1024 * 1024;
 }  // namespace
 
-bool RegisterCore::Parse(const XmlElem& e, const std::string& node) {
-  const std::string& n = e.name;
-  if (n == "Address") address += ParseInt(node, e);
-  else if (n == "pAddress") pAddresses.push_back(Ref{e.text, nullptr});
-  else if (n == "pIndex") {
-    IndexTerm term;
-    term.pIndex.name = e.text;
-    if (const std::string* off = e.Attr("Offset")) {
-      term.offset = ParseInt(node, XmlElem{"Offset", *off, {}});
-      term.hasOffset = true;
+bool RegisterCore::Parse(const XmlElem& e, NodeImpl* owner, NameTable& names, Arena& arena) {
+  const char* node = owner->Name();
+  switch (e.id) {
+    case Elem::Address: address += ParseInt(node, e); break;
+    case Elem::pAddress: {
+      Ref ref;
+      ref.SetName(names.Intern(e.Text()));
+      pAddresses.push_back(arena, ref);
+      break;
     }
-    if (const std::string* poff = e.Attr("pOffset")) term.pOffset.name = *poff;
-    indexes.push_back(term);
-  } else if (n == "Length") {
-    length = ParseInt(node, e);
-    hasLength = true;
-  } else if (n == "pLength") pLength.name = e.text;
-  else if (n == "AccessMode") accessMode = ParseAccessMode(e, RO);
-  else if (n == "pPort") pPort.name = e.text;
-  else if (n == "Cachable") cachable = ParseCachingMode(e);
-  else if (n == "Endianess") endianess = (e.text == "BigEndian") ? BigEndian : LittleEndian;
-  else return false;
+    case Elem::pIndex: {
+      IndexTerm term{Ref(), Ref(), 0, false};
+      term.pIndex.SetName(names.Intern(e.Text()));
+      if (const char* off = e.Attr("Offset")) {
+        term.offset = ParseInt(node, "Offset", off);
+        term.hasOffset = true;
+      }
+      if (const char* poff = e.Attr("pOffset")) term.pOffset.SetName(names.Intern(poff));
+      indexes.push_back(arena, term);
+      break;
+    }
+    case Elem::Length:
+      length = ParseInt(node, e);
+      hasLength = true;
+      break;
+    case Elem::pLength: pLength.SetName(names.Intern(e.Text())); break;
+    case Elem::AccessMode: accessMode = ParseAccessMode(e, RO); break;
+    case Elem::pPort: pPort.SetName(names.Intern(e.Text())); break;
+    case Elem::Cachable: cachable = ParseCachingMode(e); break;
+    case Elem::Endianess:
+      endianess = std::strcmp(e.text, "BigEndian") == 0 ? BigEndian : LittleEndian;
+      break;
+    default: return false;
+  }
   return true;
 }
 
 void RegisterCore::CollectLinks(NodeImpl* owner, LinkSink& sink) {
-  for (Ref& r : pAddresses) sink.Link(owner, r, LinkClass::Reading, "pAddress");
+  for (Ref& r : pAddresses)
+    sink.Link(owner, r, LinkClass::Reading, Elem::pAddress, kIntegerLike | kEnumerationKind);
   for (IndexTerm& t : indexes) {
-    sink.Link(owner, t.pIndex, LinkClass::Reading, "pIndex");
-    sink.Link(owner, t.pOffset, LinkClass::Reading, "pOffset");
+    sink.Link(owner, t.pIndex, LinkClass::Reading, Elem::pIndex, kIntegerLike);
+    sink.Link(owner, t.pOffset, LinkClass::Reading, Elem::pOffset, kIntegerLike);
   }
-  sink.Link(owner, pLength, LinkClass::Reading, "pLength");
-  sink.Link(owner, pPort, LinkClass::Reading, "pPort");
+  sink.Link(owner, pLength, LinkClass::Reading, Elem::pLength, kIntegerLike);
+  sink.Link(owner, pPort, LinkClass::Reading, Elem::pPort, kPortKind);
 }
 
 int64_t RegisterCore::Length(const NodeImpl* owner, bool ignoreCache) {
-  const int64_t len = pLength.node ? ReadInt(owner, pLength.node, ignoreCache) : length;
+  const int64_t len = pLength.node() ? ReadInt(owner, pLength.node(), ignoreCache) : length;
   if (len < 0 || len > kMaxRegisterLength)
-    throw OUT_OF_RANGE_EXCEPTION_NODE(owner->Name().c_str(), "GetLength")(
-        "Node '%s' : register length %lld is out of range", owner->Name().c_str(),
+    throw OUT_OF_RANGE_EXCEPTION_NODE(owner->Name(), "GetLength")(
+        "Node '%s' : register length %lld is out of range", owner->Name(),
         static_cast<long long>(len));
   return len;
 }
 
 int64_t RegisterCore::Address(const NodeImpl* owner, bool ignoreCache) {
   uint64_t sum = static_cast<uint64_t>(address);
-  for (Ref& r : pAddresses) sum += static_cast<uint64_t>(ReadInt(owner, r.node, ignoreCache));
+  for (Ref& r : pAddresses) sum += static_cast<uint64_t>(ReadInt(owner, r.node(), ignoreCache));
   for (IndexTerm& t : indexes) {
-    const int64_t index = ReadInt(owner, t.pIndex.node, ignoreCache);
+    const int64_t index = ReadInt(owner, t.pIndex.node(), ignoreCache);
     int64_t offset = 0;
-    if (t.pOffset.node) offset = ReadInt(owner, t.pOffset.node, ignoreCache);
+    if (t.pOffset.node()) offset = ReadInt(owner, t.pOffset.node(), ignoreCache);
     else if (t.hasOffset) offset = t.offset;
     else offset = Length(owner, ignoreCache);
     sum += static_cast<uint64_t>(index) * static_cast<uint64_t>(offset);
@@ -71,16 +86,16 @@ int64_t RegisterCore::Address(const NodeImpl* owner, bool ignoreCache) {
 }
 
 EAccessMode RegisterCore::Mode() const {
-  if (!pPort.node) return NA;
-  return Combine(accessMode, pPort.node->AccessModeLocked());
+  if (!pPort.node()) return NA;
+  return Combine(accessMode, pPort.node()->AccessModeLocked());
 }
 
 namespace {
 PortNode* PortOf(const NodeImpl* owner, const Ref& pPort) {
-  PortNode* port = dynamic_cast<PortNode*>(pPort.node);
+  PortNode* port = dynamic_cast<PortNode*>(pPort.node());
   if (!port)
-    throw ACCESS_EXCEPTION_NODE(owner->Name().c_str(), "GetValue")(
-        "Node '%s' : no port to reach the register", owner->Name().c_str());
+    throw ACCESS_EXCEPTION_NODE(owner->Name(), "GetValue")(
+        "Node '%s' : no port to reach the register", owner->Name());
   return port;
 }
 }  // namespace
@@ -90,28 +105,35 @@ std::vector<uint8_t> RegisterCore::Read(const NodeImpl* owner, bool ignoreCache)
   const int64_t len = Length(owner, ignoreCache);
   const auto key = std::make_pair(addr, len);
   const bool caching = owner->GetCachingMode() != NoCache;
-  if (caching && !ignoreCache) {
-    auto it = cache_.find(key);
-    if (it != cache_.end()) return it->second;
+  if (caching && !ignoreCache && cache_) {
+    auto it = cache_->find(key);
+    if (it != cache_->end()) return it->second;
   }
   std::vector<uint8_t> bytes(static_cast<size_t>(len), 0);
   PortOf(owner, pPort)->Read(bytes.data(), addr, len);
-  if (caching) cache_[key] = bytes;
+  if (caching) {
+    if (!cache_) cache_.reset(new Cache);
+    (*cache_)[key] = bytes;
+  }
   return bytes;
 }
 
 void RegisterCore::Write(const NodeImpl* owner, const std::vector<uint8_t>& bytes) {
   const int64_t addr = Address(owner, false);
   const auto key = std::make_pair(addr, static_cast<int64_t>(bytes.size()));
-  cache_.erase(key);
+  if (cache_) cache_->erase(key);
   PortOf(owner, pPort)->Write(bytes.data(), addr, static_cast<int64_t>(bytes.size()));
-  if (owner->GetCachingMode() == WriteThrough) cache_[key] = bytes;
+  if (owner->GetCachingMode() == WriteThrough) {
+    if (!cache_) cache_.reset(new Cache);
+    (*cache_)[key] = bytes;
+  }
 }
 
 bool RegisterCore::CacheValid(const NodeImpl* owner) {
   if (owner->GetCachingMode() == NoCache) return false;
   try {
-    return cache_.count(std::make_pair(Address(owner, false), Length(owner, false))) != 0;
+    if (!cache_) return false;
+    return cache_->count(std::make_pair(Address(owner, false), Length(owner, false))) != 0;
   } catch (const GenICam::GenericException&) {
     return false;
   }

@@ -3,9 +3,11 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <utility>
 #include <vector>
 
+#include "NameTable.h"
 #include "Node.h"
 
 namespace GenApi {
@@ -15,13 +17,13 @@ class RegisterCore {
  public:
   struct IndexTerm {
     Ref pIndex;
-    bool hasOffset = false;
-    int64_t offset = 0;
     Ref pOffset;
+    int64_t offset;
+    bool hasOffset;
   };
 
   // Takes the register template elements; false for anything else.
-  bool Parse(const XmlElem& e, const std::string& node);
+  bool Parse(const XmlElem& e, NodeImpl* owner, NameTable& names, Arena& arena);
   void CollectLinks(NodeImpl* owner, LinkSink& sink);
 
   int64_t Address(const NodeImpl* owner, bool ignoreCache);
@@ -30,7 +32,7 @@ class RegisterCore {
   std::vector<uint8_t> Read(const NodeImpl* owner, bool ignoreCache);
   void Write(const NodeImpl* owner, const std::vector<uint8_t>& bytes);
   bool CacheValid(const NodeImpl* owner);
-  void Clear() { cache_.clear(); }
+  void Clear() { cache_.reset(); }
   EAccessMode Mode() const;
 
   ECachingMode cachable = WriteThrough;
@@ -41,11 +43,13 @@ class RegisterCore {
   Ref pLength;
   Ref pPort;
   int64_t address = 0;
-  std::vector<Ref> pAddresses;
-  std::vector<IndexTerm> indexes;
+  ArenaVec<Ref> pAddresses;
+  ArenaVec<IndexTerm> indexes;
 
  private:
-  std::map<std::pair<int64_t, int64_t>, std::vector<uint8_t>> cache_;
+  // Register images by (address, length), made on the first read.
+  using Cache = std::map<std::pair<int64_t, int64_t>, std::vector<uint8_t>>;
+  std::unique_ptr<Cache> cache_;
 };
 
 // Byte conversions between register images and numbers.

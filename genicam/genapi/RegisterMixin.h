@@ -29,6 +29,9 @@ class RegisterBacked : public Base, public RegisterMixin {
   using Base::Base;
 
   EAccessMode NaturalAccessMode() const override { return core_.Mode(); }
+  bool ParseRegister(const XmlElem& e) {
+    return core_.Parse(e, this, this->Map()->Names(), this->Map()->Memory());
+  }
   ECachingMode OwnCachingMode() const override { return core_.cachable; }
   void ClearValueCache() override { core_.Clear(); }
   bool IsValueCacheValid() const override {

@@ -37,35 +37,38 @@ bool StringBase::IsValueCacheValid() const {
 
 // ---- String ----
 
-bool StringNode::ParseSpecific(const XmlElem& e) { return source_.Parse(e, name_); }
+bool StringNode::ParseSpecific(const XmlElem& e) {
+  return source_.Parse(e, this, map_->Names(), Memory());
+}
 
 void StringNode::CollectLinks(LinkSink& sink) {
   NodeImpl::CollectLinks(sink);
-  source_.CollectLinks(this, sink);
+  source_.CollectLinks(this, sink, kStringLike);
 }
 
 std::string StringNode::GetStr(bool verify, bool ignoreCache) {
-  if (source_.pValue.node) {
+  if (source_.pValue.node()) {
     CallGuard guard(this);
-    return source_.pValue.node->GetStr(verify, ignoreCache);
+    return source_.pValue.node()->GetStr(verify, ignoreCache);
   }
-  return source_.valueText;
+  return isWritten_ ? written_ : std::string(source_.valueText);
 }
 
 void StringNode::SetStr(const std::string& value, bool verify) {
-  if (source_.pValue.node) {
+  if (source_.pValue.node()) {
     CallGuard guard(this);
-    map_->NoteWritten(source_.pValue.node);
-    source_.pValue.node->SetStr(value, verify);
+    map_->NoteWritten(source_.pValue.node());
+    source_.pValue.node()->SetStr(value, verify);
     return;
   }
-  source_.valueText = value;
+  written_ = value;
+  isWritten_ = true;
 }
 
 int64_t StringNode::MaxLength() {
-  if (source_.pValue.node) {
+  if (source_.pValue.node()) {
     CallGuard guard(this);
-    if (auto* s = dynamic_cast<StringBase*>(source_.pValue.node)) return s->MaxLength();
+    if (auto* s = dynamic_cast<StringBase*>(source_.pValue.node())) return s->MaxLength();
   }
   return INT64_MAX;
 }
@@ -76,7 +79,7 @@ EAccessMode StringNode::NaturalAccessMode() const {
 
 // ---- StringReg ----
 
-bool StringRegNode::ParseSpecific(const XmlElem& e) { return core_.Parse(e, name_); }
+bool StringRegNode::ParseSpecific(const XmlElem& e) { return ParseRegister(e); }
 
 void StringRegNode::CollectLinks(LinkSink& sink) {
   NodeImpl::CollectLinks(sink);
@@ -93,8 +96,8 @@ std::string StringRegNode::GetStr(bool, bool ignoreCache) {
 void StringRegNode::SetStr(const std::string& value, bool) {
   const int64_t len = core_.Length(this, false);
   if (static_cast<int64_t>(value.size()) > len)
-    throw OUT_OF_RANGE_EXCEPTION_NODE(name_.c_str(), "SetValue")(
-        "Node '%s' : string of %zu characters exceeds the register length %lld", name_.c_str(),
+    throw OUT_OF_RANGE_EXCEPTION_NODE(name_, "SetValue")(
+        "Node '%s' : string of %zu characters exceeds the register length %lld", name_,
         value.size(), static_cast<long long>(len));
   std::vector<uint8_t> bytes(static_cast<size_t>(len), 0);
   std::copy(value.begin(), value.end(), bytes.begin());

@@ -10,8 +10,7 @@ namespace impl {
 
 class StringBase : public NodeImpl, public virtual IString {
  public:
-  StringBase(NodeMap* map, const std::string& name, const char* typeName)
-      : NodeImpl(map, name, typeName) {}
+  StringBase(NodeMap* map, const char* name, Elem kind) : NodeImpl(map, name, kind) {}
 
   INode* GetNode() override { return this; }
   GenICam::gcstring ToString(bool Verify = false, bool IgnoreCache = false) override;
@@ -27,7 +26,7 @@ class StringBase : public NodeImpl, public virtual IString {
 
 class StringNode : public StringBase {
  public:
-  StringNode(NodeMap* map, const std::string& name) : StringBase(map, name, "String") {}
+  StringNode(NodeMap* map, const char* name) : StringBase(map, name, Elem::String) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;
@@ -38,11 +37,13 @@ class StringNode : public StringBase {
 
  private:
   ValueSource source_;
+  std::string written_;  // the value once a client set it
+  bool isWritten_ = false;
 };
 
 class StringRegNode : public RegisterBacked<StringBase> {
  public:
-  StringRegNode(NodeMap* map, const std::string& name) : RegisterBacked(map, name, "StringReg") {}
+  StringRegNode(NodeMap* map, const char* name) : RegisterBacked(map, name, Elem::StringReg) {}
 
   bool ParseSpecific(const XmlElem& e) override;
   void CollectLinks(LinkSink& sink) override;

@@ -1,41 +1,136 @@
-// Parsers for the texts of description elements.
+// Element ids and the parsers for the element texts.
 #include "XmlElem.h"
 
-#include <cerrno>
-#include <cmath>
-#include <clocale>
-#include <cstdlib>
-#include <sstream>
-
 #include <GenICam.h>
+
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <pugixml.hpp>
+
+#include "Arena.h"
+#include "NameTable.h"
 
 namespace GenApi {
 namespace impl {
 
-bool TryParseInt(const std::string& text, int64_t& value) {
-  const char* s = text.c_str();
-  while (*s == ' ' || *s == '\t' || *s == '\n' || *s == '\r') ++s;
-  if (*s == '\0') return false;
+namespace {
+
+const char* const kElemNames[] = {
+    "",
+#define VQ_GENAPI_ELEM_NAME(name) #name,
+    VQ_GENAPI_NODE_ELEMENTS(VQ_GENAPI_ELEM_NAME) VQ_GENAPI_CHILD_ELEMENTS(VQ_GENAPI_ELEM_NAME)
+#undef VQ_GENAPI_ELEM_NAME
+};
+static_assert(sizeof(kElemNames) / sizeof(kElemNames[0]) == size_t(Elem::Count),
+              "one name per element id");
+
+// Open-addressed table from name to id, filled once.
+class ElemTable {
+ public:
+  ElemTable() {
+    for (size_t id = 1; id < size_t(Elem::Count); ++id) {
+      const std::string_view name = kElemNames[id];
+      size_t i = Hash(name) & kMask;
+      while (slots_[i].id != Elem::Unknown) i = (i + 1) & kMask;
+      slots_[i] = Slot{static_cast<Elem>(id), static_cast<uint8_t>(name.size())};
+    }
+  }
+  Elem Find(std::string_view name) const {
+    for (size_t i = Hash(name) & kMask;; i = (i + 1) & kMask) {
+      const Slot& slot = slots_[i];
+      if (slot.id == Elem::Unknown) return Elem::Unknown;
+      if (slot.size == name.size() &&
+          SameBytes(kElemNames[size_t(slot.id)], name.data(), name.size()))
+        return slot.id;
+    }
+  }
+
+ private:
+  struct Slot {
+    Elem id;
+    uint8_t size;
+  };
+  static constexpr size_t kMask = 511;
+  // Length and three characters; these multipliers give every known name a
+  // slot of its own, so a known name is found at the first probe.
+  static size_t Hash(std::string_view s) {
+    const size_t n = s.size();
+    if (n == 0) return 0;
+    const auto at = [&s](size_t i) {
+      return static_cast<uint32_t>(static_cast<unsigned char>(s[i]));
+    };
+    return (uint32_t(n) * 36698u) ^ (at(0) * 29623u) ^ (at(n - 1) * 33076u) ^ (at(n / 2) * 12266u);
+  }
+  Slot slots_[kMask + 1] = {};
+};
+
+bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+std::string_view Trim(std::string_view s) {
+  while (!s.empty() && IsSpace(s.front())) s.remove_prefix(1);
+  while (!s.empty() && IsSpace(s.back())) s.remove_suffix(1);
+  return s;
+}
+
+int Digit(char c, int base) {
+  int d = 99;
+  if (c >= '0' && c <= '9')
+    d = c - '0';
+  else if (c >= 'a' && c <= 'f')
+    d = c - 'a' + 10;
+  else if (c >= 'A' && c <= 'F')
+    d = c - 'A' + 10;
+  return d < base ? d : -1;
+}
+
+bool Is(const XmlElem& e, const char* text) { return std::strcmp(e.text, text) == 0; }
+
+}  // namespace
+
+Elem ElemOf(std::string_view localName) {
+  static const ElemTable table;
+  return table.Find(localName);
+}
+
+const char* ElemName(Elem id) {
+  return kElemNames[size_t(id) < size_t(Elem::Count) ? size_t(id) : 0];
+}
+
+const char* XmlElem::Attr(const char* attributeName) const {
+  if (*attrName != '\0' && std::strcmp(attrName, attributeName) == 0) return attr;
+  if (xml == nullptr) return nullptr;
+  const pugi::xml_attribute a = pugi::xml_node(xml).attribute(attributeName);
+  if (a.empty()) return nullptr;
+  return arena != nullptr ? arena->Copy(a.value()) : nullptr;
+}
+
+bool TryParseInt(std::string_view text, int64_t& value) {
+  std::string_view s = Trim(text);
+  if (s.empty()) return false;
   bool negative = false;
-  if (*s == '-' || *s == '+') {
-    negative = (*s == '-');
-    ++s;
+  if (s.front() == '-' || s.front() == '+') {
+    negative = s.front() == '-';
+    s.remove_prefix(1);
   }
   int base = 10;
-  if (s[0] == '0' && (s[1] == 'x' || s[1] == 'X')) {
+  if (s.size() >= 2 && s[0] == '0' && (s[1] == 'x' || s[1] == 'X')) {
     base = 16;
-    s += 2;
+    s.remove_prefix(2);
   }
-  if (*s == '\0' || *s == '-' || *s == '+' || *s == ' ') return false;
-  errno = 0;
-  char* end = nullptr;
-  const unsigned long long raw = std::strtoull(s, &end, base);
-  if (errno == ERANGE || end == s) return false;
-  while (*end == ' ' || *end == '\t' || *end == '\n' || *end == '\r') ++end;
-  if (*end != '\0') return false;
-  if (base == 10 && !negative && raw > static_cast<unsigned long long>(INT64_MAX)) return false;
+  if (s.empty()) return false;
+  uint64_t raw = 0;
+  const uint64_t limit = UINT64_MAX / uint64_t(base);
+  for (char c : s) {
+    const int d = Digit(c, base);
+    if (d < 0 || raw > limit) return false;
+    const uint64_t next = raw * uint64_t(base) + uint64_t(d);
+    if (next < raw * uint64_t(base)) return false;
+    raw = next;
+  }
+  if (base == 10 && !negative && raw > static_cast<uint64_t>(INT64_MAX)) return false;
   if (negative) {
-    if (raw > static_cast<unsigned long long>(INT64_MAX) + 1ULL) return false;
+    if (raw > static_cast<uint64_t>(INT64_MAX) + 1ULL) return false;
     value = static_cast<int64_t>(0ULL - raw);
   } else {
     value = static_cast<int64_t>(raw);  // hex bit patterns above INT64_MAX wrap on purpose
@@ -43,74 +138,68 @@ bool TryParseInt(const std::string& text, int64_t& value) {
   return true;
 }
 
-bool TryParseDouble(const std::string& text, double& value) {
-  int64_t asInt = 0;
-  if (text.find_first_of("xX") != std::string::npos) {
-    if (!TryParseInt(text, asInt)) return false;
+bool TryParseDouble(std::string_view text, double& value) {
+  std::string_view s = Trim(text);
+  if (s.find_first_of("xX") != std::string_view::npos) {
+    int64_t asInt = 0;
+    if (!TryParseInt(s, asInt)) return false;
     value = static_cast<double>(asInt);
     return true;
   }
-  // Locale-independent parse.
-  std::istringstream in(text);
-  in.imbue(std::locale::classic());
-  double v = 0;
-  in >> v;
-  if (in.fail()) {
-    if (text == "INF" || text == "inf" || text == "+INF") {
-      value = HUGE_VAL;
-      return true;
-    }
-    if (text == "-INF" || text == "-inf") {
-      value = -HUGE_VAL;
-      return true;
-    }
-    return false;
+  if (!s.empty() && s.front() == '+') {
+    s.remove_prefix(1);
+    if (!s.empty() && s.front() == '-') return false;
   }
-  in >> std::ws;
-  if (!in.eof()) return false;
+  if (s.empty()) return false;
+  double v = 0;
+  const auto result = std::from_chars(s.data(), s.data() + s.size(), v);
+  if (result.ec != std::errc() || result.ptr != s.data() + s.size() || std::isnan(v)) return false;
   value = v;
   return true;
 }
 
-int64_t ParseInt(const std::string& node, const XmlElem& e) {
+int64_t ParseInt(const char* node, const char* element, std::string_view text) {
   int64_t v = 0;
-  if (!TryParseInt(e.text, v))
-    throw PROPERTY_EXCEPTION("Node '%s' : element '%s' has an invalid integer '%s'", node.c_str(),
-                             e.name.c_str(), e.text.c_str());
+  if (!TryParseInt(text, v))
+    throw PROPERTY_EXCEPTION("Node '%s' : element '%s' has an invalid integer '%.*s'", node,
+                             element, static_cast<int>(text.size()), text.data());
   return v;
 }
 
-double ParseDouble(const std::string& node, const XmlElem& e) {
+int64_t ParseInt(const char* node, const XmlElem& e) { return ParseInt(node, e.name, e.text); }
+
+double ParseDouble(const char* node, const char* element, std::string_view text) {
   double v = 0;
-  if (!TryParseDouble(e.text, v))
-    throw PROPERTY_EXCEPTION("Node '%s' : element '%s' has an invalid number '%s'", node.c_str(),
-                             e.name.c_str(), e.text.c_str());
+  if (!TryParseDouble(text, v))
+    throw PROPERTY_EXCEPTION("Node '%s' : element '%s' has an invalid number '%.*s'", node, element,
+                             static_cast<int>(text.size()), text.data());
   return v;
 }
+
+double ParseDouble(const char* node, const XmlElem& e) { return ParseDouble(node, e.name, e.text); }
 
 bool ParseYesNo(const XmlElem& e) {
-  return e.text == "Yes" || e.text == "yes" || e.text == "true" || e.text == "1";
+  return Is(e, "Yes") || Is(e, "yes") || Is(e, "true") || Is(e, "1");
 }
 
 EAccessMode ParseAccessMode(const XmlElem& e, EAccessMode fallback) {
-  if (e.text == "RO") return RO;
-  if (e.text == "WO") return WO;
-  if (e.text == "RW") return RW;
-  if (e.text == "NA") return NA;
-  if (e.text == "NI") return NI;
+  static const std::pair<const char*, EAccessMode> modes[] = {
+      {"RO", RO}, {"WO", WO}, {"RW", RW}, {"NA", NA}, {"NI", NI}};
+  for (const auto& m : modes)
+    if (Is(e, m.first)) return m.second;
   return fallback;
 }
 
 EVisibility ParseVisibility(const XmlElem& e) {
-  if (e.text == "Expert") return Expert;
-  if (e.text == "Guru") return Guru;
-  if (e.text == "Invisible") return Invisible;
+  if (Is(e, "Expert")) return Expert;
+  if (Is(e, "Guru")) return Guru;
+  if (Is(e, "Invisible")) return Invisible;
   return Beginner;
 }
 
 ECachingMode ParseCachingMode(const XmlElem& e) {
-  if (e.text == "NoCache" || e.text == "No") return NoCache;
-  if (e.text == "WriteAround") return WriteAround;
+  if (Is(e, "NoCache") || Is(e, "No")) return NoCache;
+  if (Is(e, "WriteAround")) return WriteAround;
   return WriteThrough;
 }
 
@@ -118,20 +207,20 @@ ERepresentation ParseRepresentation(const XmlElem& e) {
   static const char* const names[] = {"Linear",    "Logarithmic", "Boolean",   "PureNumber",
                                       "HexNumber", "IPV4Address", "MACAddress"};
   for (int i = 0; i < 7; ++i)
-    if (e.text == names[i]) return static_cast<ERepresentation>(i);
+    if (Is(e, names[i])) return static_cast<ERepresentation>(i);
   return PureNumber;
 }
 
 EDisplayNotation ParseDisplayNotation(const XmlElem& e) {
-  if (e.text == "Fixed") return fnFixed;
-  if (e.text == "Scientific") return fnScientific;
+  if (Is(e, "Fixed")) return fnFixed;
+  if (Is(e, "Scientific")) return fnScientific;
   return fnAutomatic;
 }
 
 ESlope ParseSlope(const XmlElem& e) {
-  if (e.text == "Increasing") return Increasing;
-  if (e.text == "Decreasing") return Decreasing;
-  if (e.text == "Varying") return Varying;
+  if (Is(e, "Increasing")) return Increasing;
+  if (Is(e, "Decreasing")) return Decreasing;
+  if (Is(e, "Varying")) return Varying;
   return Automatic;
 }
 

@@ -1,32 +1,84 @@
-// One child element of a node description, detached from the XML parser, and
-// the parsers for the element texts.
+// The elements a description may contain, each known by a small id, one
+// element of a node as the loader hands it over, and the parsers for the
+// element texts.
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include <GenApi/Types.h>
+
+#include <cstdint>
+#include <string_view>
+
+namespace pugi {
+struct xml_node_struct;
+}
 
 namespace GenApi {
 namespace impl {
 
-struct XmlElem {
-  std::string name;  // local name, namespace prefix removed
-  std::string text;  // trimmed text content
-  std::vector<std::pair<std::string, std::string>> attrs;
+class Arena;
 
-  const std::string* Attr(const char* attrName) const {
-    for (const auto& a : attrs)
-      if (a.first == attrName) return &a.second;
-    return nullptr;
-  }
+// Every element name the engine understands: node kinds first, then the
+// elements inside nodes.
+#define VQ_GENAPI_NODE_ELEMENTS(X)                                                                 \
+  X(Node)                                                                                          \
+  X(Category) X(Integer) X(IntReg) X(MaskedIntReg) X(IntSwissKnife) X(IntConverter) X(IntKey)      \
+      X(AdvFeatureLock) X(SmartFeature) X(Boolean) X(Command) X(Enumeration) X(EnumEntry) X(Float) \
+          X(FloatReg) X(SwissKnife) X(Converter) X(String) X(StringReg) X(TextDesc) X(Register)    \
+              X(ConfRom) X(Port) X(Group) X(StructReg) X(StructEntry)
+
+#define VQ_GENAPI_CHILD_ELEMENTS(X)                                                               \
+  X(Extension)                                                                                    \
+  X(ToolTip) X(Description) X(DisplayName) X(Visibility) X(DocuURL) X(IsDeprecated) X(EventID)    \
+      X(pIsImplemented) X(pIsAvailable) X(pIsLocked) X(pBlockPolling) X(ImposedAccessMode)        \
+          X(pError) X(pAlias) X(pCastAlias) X(pInvalidator) X(pSelected) X(Streamable)            \
+              X(PollingTime) X(Value) X(pValue) X(pValueCopy) X(pIndex) X(ValueIndexed)           \
+                  X(pValueIndexed) X(ValueDefault) X(pValueDefault) X(Min) X(Max) X(Inc) X(pMin)  \
+                      X(pMax) X(pInc) X(Unit) X(Representation) X(ValidValueSet) X(Address)       \
+                          X(pAddress) X(Length) X(pLength) X(AccessMode) X(pPort) X(Cachable)     \
+                              X(Endianess) X(Sign) X(Bit) X(LSB) X(MSB) X(FeatureID) X(Timeout)   \
+                                  X(OnValue) X(OffValue) X(CommandValue) X(pCommandValue)         \
+                                      X(pEnumEntry) X(NumericValue) X(Symbolic) X(IsSelfClearing) \
+                                          X(pVariable) X(Constant) X(Expression) X(Formula)       \
+                                              X(FormulaTo) X(FormulaFrom) X(Slope) X(IsLinear)    \
+                                                  X(DisplayNotation) X(DisplayPrecision)          \
+                                                      X(SwapEndianess) X(ChunkID) X(pChunkID)     \
+                                                          X(CacheChunkData) X(p1212Parser) X(Key) \
+                                                              X(pFeature) X(pOffset)
+
+enum class Elem : uint8_t {
+  Unknown,
+#define VQ_GENAPI_ELEM_ENUM(name) name,
+  VQ_GENAPI_NODE_ELEMENTS(VQ_GENAPI_ELEM_ENUM) VQ_GENAPI_CHILD_ELEMENTS(VQ_GENAPI_ELEM_ENUM)
+#undef VQ_GENAPI_ELEM_ENUM
+      Count
+};
+
+// The id of a local element name (Unknown for names the engine does not know),
+// found with one hash probe.
+Elem ElemOf(std::string_view localName);
+const char* ElemName(Elem id);
+
+// One child element of a node. Texts stay valid as long as the node map.
+struct XmlElem {
+  Elem id = Elem::Unknown;
+  const char* name = "";  // local name, namespace prefix removed
+  const char* text = "";  // trimmed text content
+  uint32_t size = 0;      // its length
+  const char* attr = "";  // value of the first attribute, "" when there is none
+  const char* attrName = "";
+  pugi::xml_node_struct* xml = nullptr;  // the element while loading, for further attributes
+  Arena* arena = nullptr;
+
+  std::string_view Text() const { return std::string_view(text, size); }
+  // The attribute's value, or null when absent.
+  const char* Attr(const char* attributeName) const;
 };
 
 // Text parsers; each throws a PropertyException naming node and element on bad text.
-int64_t ParseInt(const std::string& node, const XmlElem& e);
-double ParseDouble(const std::string& node, const XmlElem& e);
+int64_t ParseInt(const char* node, const XmlElem& e);
+int64_t ParseInt(const char* node, const char* element, std::string_view text);
+double ParseDouble(const char* node, const XmlElem& e);
+double ParseDouble(const char* node, const char* element, std::string_view text);
 bool ParseYesNo(const XmlElem& e);
 EAccessMode ParseAccessMode(const XmlElem& e, EAccessMode fallback);
 EVisibility ParseVisibility(const XmlElem& e);
@@ -36,8 +88,8 @@ EDisplayNotation ParseDisplayNotation(const XmlElem& e);
 ESlope ParseSlope(const XmlElem& e);
 
 // Text helpers without node context; return false when the text is not a number.
-bool TryParseInt(const std::string& text, int64_t& value);
-bool TryParseDouble(const std::string& text, double& value);
+bool TryParseInt(std::string_view text, int64_t& value);
+bool TryParseDouble(std::string_view text, double& value);
 
 }  // namespace impl
 }  // namespace GenApi

@@ -85,6 +85,31 @@ TEST(NodeMap, PortDelegatesRegisterTraffic) {
   EXPECT_EQ(port->GetAccessMode(), RW);
 }
 
+// Descriptions of transport-layer modules name their port after the module;
+// Connect(port, name) attaches exactly that port.
+TEST(NodeMap, ConnectAttachesTheNamedPort) {
+  for (const char* portName : {"TLPort", "InterfacePort", "DevicePort", "StreamPort"}) {
+    const std::string nodes = std::string("<Port Name=\"") + portName + "\"/>" +
+                              "<IntReg Name=\"R\"><Address>0x10</Address><Length>4</Length>"
+                              "<AccessMode>RW</AccessMode><pPort>" + portName +
+                              "</pPort></IntReg>";
+    CNodeMapRef ref;
+    ref._LoadXMLFromString(genapi_test::Describe(nodes).c_str());
+    genapi_test::MemoryPort device, module;
+    module.PokeLE32(0x10, 42);
+    EXPECT_TRUE(ref._Connect(&device));  // the "Device" port the test frame adds
+    EXPECT_EQ(ref._GetNode("R")->GetAccessMode(), NA) << portName;
+    EXPECT_FALSE(ref._Connect(&module, "R")) << "not a port";
+    EXPECT_FALSE(ref._Connect(&module, "NoSuchPort"));
+    EXPECT_TRUE(ref._Connect(&module, portName));
+    CIntegerPtr r = ref._GetNode("R");
+    EXPECT_EQ(r->GetValue(), 42) << portName;
+    r->SetValue(43);
+    EXPECT_EQ(module.PeekLE32(0x10), 43u);
+    EXPECT_EQ(device.writes, 0);
+  }
+}
+
 TEST(NodeMap, UnknownNamesGiveNull) {
   Loaded m(kNodes);
   EXPECT_EQ(m.ref._GetNode("Nope"), nullptr);

@@ -135,6 +135,40 @@ TEST(Callbacks, InsideLockPhaseHoldsTheLockOutsidePhaseDoesNot) {
   EXPECT_EQ(seen[1], std::make_pair(cbPostOutsideLock, false));
 }
 
+// A client's exception is not swallowed: it reaches the caller of the write
+// or invalidation, as in the reference. The map has finished its bookkeeping
+// first: the value is written, the lock is free, the next write works.
+TEST(Callbacks, ClientExceptionsReachTheCaller) {
+  struct Case {
+    ECallbackType phase;
+    bool write;  // else InvalidateNode
+  };
+  for (const Case c : {Case{cbPostInsideLock, true}, Case{cbPostOutsideLock, true},
+                       Case{cbPostInsideLock, false}, Case{cbPostOutsideLock, false}}) {
+    Loaded m(R"(<IntReg Name="R"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>
+                <pPort>Device</pPort></IntReg>)");
+    IInteger* r = m.As<IInteger>("R");
+    const CallbackHandleType handle = Register(
+        r->GetNode(), [](INode*) { throw GenICam::RuntimeException("client failed", "cb", 1); },
+        c.phase);
+    try {
+      if (c.write) r->SetValue(7);
+      else r->GetNode()->InvalidateNode();
+      ADD_FAILURE() << "phase " << c.phase << " write " << c.write;
+    } catch (const GenICam::RuntimeException& e) {
+      EXPECT_STREQ(e.GetDescription(), "client failed");
+    }
+    EXPECT_EQ(r->GetValue(), c.write ? 7 : 0);
+    std::thread([&] {
+      EXPECT_TRUE(m.ref._Ptr->GetLock().TryLock());
+      m.ref._Ptr->GetLock().Unlock();
+    }).join();
+    EXPECT_TRUE(Deregister(handle));
+    r->SetValue(8);
+    EXPECT_EQ(m.port.PeekLE32(0), 8u);
+  }
+}
+
 TEST(Callbacks, RegistrationAndRemoval) {
   Loaded m("<Integer Name=\"I\"><Value>0</Value></Integer>");
   Recorder r;

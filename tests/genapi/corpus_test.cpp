@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <string>
 #include <vector>
@@ -137,6 +139,58 @@ const std::vector<std::string> kFiles = CorpusFiles();
 
 INSTANTIATE_TEST_SUITE_P(RealDescriptions, Corpus, ::testing::ValuesIn(kFiles), FileName);
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(Corpus);
+
+// What a node reads as (access mode and text, or the exception type).
+std::string Reading(INode* node) {
+  try {
+    std::string out = std::to_string(node->GetAccessMode());
+    if (auto* value = dynamic_cast<IValue*>(node))
+      if (IsReadable(node)) out += "=" + std::string(value->ToString().c_str());
+    return out;
+  } catch (const GenICam::GenericException& e) {
+    return e.GetExceptionType();
+  }
+}
+
+// A real description with one more knife naming an identifier nothing
+// declares: it loads, every other feature reads as in the original, and the
+// knife throws when read, naming itself and the identifier.
+TEST(CorpusDefects, UndeclaredFormulaIdentifierBreaksOnlyItsNode) {
+  if (kFiles.empty()) GTEST_SKIP() << "no descriptions in " << VQ_GENICAM_XML_DIR;
+  std::ifstream in(kFiles.front(), std::ios::binary);
+  const std::string original((std::istreambuf_iterator<char>(in)),
+                             std::istreambuf_iterator<char>());
+  std::string damaged = original;
+  damaged.insert(damaged.rfind("</"),
+                 "<IntSwissKnife Name=\"VqBrokenKnife\"><Formula>2 * UNDECLARED_GAIN"
+                 "</Formula></IntSwissKnife>\n");
+  CNodeMapRef good, bad;
+  good._LoadXMLFromString(GenICam::gcstring(original.data(), original.size()));
+  ASSERT_NO_THROW(bad._LoadXMLFromString(GenICam::gcstring(damaged.data(), damaged.size())));
+  genapi_test::MemoryPort goodPort, badPort;
+  NodeList_t nodes;
+  good._GetNodes(nodes);
+  for (INode* n : nodes)
+    if (dynamic_cast<IPort*>(n)) {
+      good._Connect(&goodPort, n->GetName());
+      bad._Connect(&badPort, n->GetName());
+    }
+  for (INode* n : nodes) {
+    INode* twin = bad._GetNode(n->GetName());
+    ASSERT_NE(twin, nullptr) << n->GetName();
+    EXPECT_EQ(Reading(n), Reading(twin)) << n->GetName();
+  }
+  CIntegerPtr knife = bad._GetNode("VqBrokenKnife");
+  ASSERT_TRUE(knife.IsValid());
+  try {
+    knife->GetValue();
+    FAIL() << "the knife read";
+  } catch (const GenICam::LogicalErrorException& e) {
+    const std::string text = e.GetDescription();
+    EXPECT_NE(text.find("'VqBrokenKnife'"), std::string::npos) << text;
+    EXPECT_NE(text.find("UNDECLARED_GAIN"), std::string::npos) << text;
+  }
+}
 
 TEST(CorpusPresence, FolderIsThere) {
   if (kFiles.empty()) GTEST_SKIP() << "no descriptions in " << VQ_GENICAM_XML_DIR;

@@ -160,48 +160,6 @@ TEST(Load, DamagedZipIsAnException) {
   }
 }
 
-struct BadCase {
-  const char* title;
-  std::string xml;
-  const char* mustMention;
-};
-
-std::string Wrap(const char* nodes) { return Describe(nodes); }
-
-TEST(Load, MalformedDescriptionsAreExceptionsNamingNodeAndElement) {
-  const std::string good = Describe(kIntReg);
-  const BadCase cases[] = {
-      {"truncated", good.substr(0, good.size() / 2), "XML"},
-      {"empty", "", "empty"},
-      {"wrong root", "<Foo/>", "RegisterDescription"},
-      {"missing name", Wrap("<Integer><Value>1</Value></Integer>"), "Integer"},
-      {"duplicate", Wrap("<Integer Name=\"A\"><Value>1</Value></Integer>"
-                         "<Integer Name=\"A\"><Value>2</Value></Integer>"),
-       "'A'"},
-      {"dangling", Wrap("<Integer Name=\"A\"><pValue>Nowhere</pValue></Integer>"), "pValue"},
-      {"cycle", Wrap("<Integer Name=\"A\"><pValue>B</pValue></Integer>"
-                     "<Integer Name=\"B\"><pValue>A</pValue></Integer>"),
-       "cycle"},
-      {"bad formula", Wrap("<IntSwissKnife Name=\"K\"><Formula>1 +* (</Formula></IntSwissKnife>"),
-       "Formula"},
-      {"bad number", Wrap("<Integer Name=\"A\"><Value>12abc</Value></Integer>"), "Value"},
-      {"masked without bits",
-       Wrap("<MaskedIntReg Name=\"M\"><Address>0</Address><Length>4</Length>"
-            "<pPort>Device</pPort></MaskedIntReg>"),
-       "'M'"},
-  };
-  for (const BadCase& c : cases) {
-    CNodeMapRef ref;
-    try {
-      ref._LoadXMLFromString(c.xml.c_str());
-      ADD_FAILURE() << c.title << ": loaded";
-    } catch (const GenICam::GenericException& e) {
-      EXPECT_NE(std::string(e.GetDescription()).find(c.mustMention), std::string::npos)
-          << c.title << ": " << e.GetDescription();
-    }
-  }
-}
-
 TEST(Load, HostileSizesAreHandledWithoutCrash) {
   // Deep Group nesting.
   std::string deep;

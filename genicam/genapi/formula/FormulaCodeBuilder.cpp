@@ -117,7 +117,14 @@ void CodeBuilder::Splice(const Code& fragment, std::size_t position) {
   height_ = base + 1;
 }
 
-Code CodeBuilder::Finish() { return std::move(code_); }
+// The program is kept as long as the node map: no spare capacity.
+Code CodeBuilder::Finish() {
+  code_.instructions.shrink_to_fit();
+  code_.integerConstants.shrink_to_fit();
+  code_.floatConstants.shrink_to_fit();
+  code_.references.shrink_to_fit();
+  return std::move(code_);
+}
 
 }  // namespace detail
 }  // namespace formula

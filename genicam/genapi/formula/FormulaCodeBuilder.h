@@ -20,6 +20,10 @@ class CodeBuilder {
   explicit CodeBuilder(Arithmetic arithmetic);
 
   Arithmetic GetArithmetic() const { return code_.arithmetic; }
+  void Reserve(std::size_t instructions) {
+    code_.instructions.reserve(instructions);
+    code_.integerConstants.reserve(instructions / 2);
+  }
 
   void Emit(OpCode op, std::size_t position, Function function = Function::None);
   void PushInteger(std::int64_t value, std::size_t position);

@@ -1,8 +1,9 @@
-// Recursive-descent parser that emits postfix code as it goes. Precedence,
-// lowest first: ?: (right), ||, &&, |, ^, &, = <>, < <= > >=, << >>, + -,
-// * / %, ** (right), unary - + ~. Left-associative chains are parsed in loops,
-// so only nesting (parentheses, calls, prefixes, right-associative operators)
-// costs recursion, and that is bounded.
+// Parser that emits postfix code as it goes. Precedence, lowest first:
+// ?: (right), ||, &&, |, ^, &, = <>, < <= > >=, << >>, + -, * / %,
+// ** (right), unary - + ~. The binary levels are parsed by precedence
+// climbing (one call per operand, not per level); only nesting (parentheses,
+// calls, prefixes, right-associative operators) costs recursion, and that is
+// bounded.
 #include "FormulaCompiler.h"
 
 #include <string>
@@ -23,31 +24,47 @@ namespace {
 }
 
 struct BinaryOperator {
-  TokenKind token;
-  OpCode op;
+  int level;  // -1 for tokens that are no such operator
+  OpCode op;  // for the levels above &&
 };
 
-// Left-associative levels between && and **, lowest first.
-const std::vector<std::vector<BinaryOperator>> kBinaryLevels = {
-    {{TokenKind::Pipe, OpCode::BitOr}},
-    {{TokenKind::Caret, OpCode::BitXor}},
-    {{TokenKind::Amp, OpCode::BitAnd}},
-    {{TokenKind::Equal, OpCode::Equal}, {TokenKind::NotEqual, OpCode::NotEqual}},
-    {{TokenKind::Less, OpCode::Less},
-     {TokenKind::LessEqual, OpCode::LessEqual},
-     {TokenKind::Greater, OpCode::Greater},
-     {TokenKind::GreaterEqual, OpCode::GreaterEqual}},
-    {{TokenKind::ShiftLeft, OpCode::ShiftLeft}, {TokenKind::ShiftRight, OpCode::ShiftRight}},
-    {{TokenKind::Plus, OpCode::Add}, {TokenKind::Minus, OpCode::Subtract}},
-    {{TokenKind::Star, OpCode::Multiply},
-     {TokenKind::Slash, OpCode::Divide},
-     {TokenKind::Percent, OpCode::Remainder}},
-};
+constexpr int kConditionalLevel = 0;
+constexpr int kOrLevel = 1;
+constexpr int kAndLevel = 2;
+
+// The binary operators below ** (and the ? of ?:), by token, lowest level first.
+BinaryOperator BinaryOperatorOf(TokenKind token) {
+  switch (token) {
+    case TokenKind::Question: return {kConditionalLevel, OpCode::Jump};
+    case TokenKind::PipePipe: return {kOrLevel, OpCode::Jump};
+    case TokenKind::AmpAmp: return {kAndLevel, OpCode::Jump};
+    case TokenKind::Pipe: return {3, OpCode::BitOr};
+    case TokenKind::Caret: return {4, OpCode::BitXor};
+    case TokenKind::Amp: return {5, OpCode::BitAnd};
+    case TokenKind::Equal: return {6, OpCode::Equal};
+    case TokenKind::NotEqual: return {6, OpCode::NotEqual};
+    case TokenKind::Less: return {7, OpCode::Less};
+    case TokenKind::LessEqual: return {7, OpCode::LessEqual};
+    case TokenKind::Greater: return {7, OpCode::Greater};
+    case TokenKind::GreaterEqual: return {7, OpCode::GreaterEqual};
+    case TokenKind::ShiftLeft: return {8, OpCode::ShiftLeft};
+    case TokenKind::ShiftRight: return {8, OpCode::ShiftRight};
+    case TokenKind::Plus: return {9, OpCode::Add};
+    case TokenKind::Minus: return {9, OpCode::Subtract};
+    case TokenKind::Star: return {10, OpCode::Multiply};
+    case TokenKind::Slash: return {10, OpCode::Divide};
+    case TokenKind::Percent: return {10, OpCode::Remainder};
+    default: return {-1, OpCode::Add};
+  }
+}
 
 class Parser {
  public:
-  Parser(std::vector<Token> tokens, Scope& scope, Arithmetic arithmetic)
-      : tokens_(std::move(tokens)), scope_(scope), builder_(arithmetic) {}
+  Parser(std::string_view text, Scope& scope, Arithmetic arithmetic)
+      : tokens_(text), scope_(scope), builder_(arithmetic) {
+    builder_.Reserve(text.size() / 2 + 4);
+    current_ = tokens_.Next();
+  }
 
   Code Run() {
     if (Peek().kind == TokenKind::End) throw FormulaError("empty formula");
@@ -76,14 +93,24 @@ class Parser {
     Parser& parser_;
   };
 
-  const Token& Peek() const { return tokens_[index_]; }
-  const Token& PeekAhead() const {
-    return tokens_[index_ + 1 < tokens_.size() ? index_ + 1 : index_];
+  const Token& Peek() const { return current_; }
+  const Token& PeekAhead() {
+    if (!hasAhead_) {
+      ahead_ = current_.kind == TokenKind::End ? current_ : tokens_.Next();
+      hasAhead_ = true;
+    }
+    return ahead_;
   }
-  const Token& Advance() {
-    const Token& token = tokens_[index_];
-    if (index_ + 1 < tokens_.size()) ++index_;
-    return token;
+  // Moves on; returns the position of the token moved past.
+  std::size_t Advance() {
+    const std::size_t position = current_.position;
+    if (hasAhead_) {
+      current_ = ahead_;
+      hasAhead_ = false;
+    } else if (current_.kind != TokenKind::End) {
+      current_ = tokens_.Next();
+    }
+    return position;
   }
   void Expect(TokenKind kind, const char* what) {
     if (Peek().kind != kind) {
@@ -92,12 +119,43 @@ class Parser {
     Advance();
   }
 
-  // condition ? a : b, right-associative.
+  void PushTruth(int value, std::size_t position) {
+    if (builder_.GetArithmetic() == Arithmetic::Integer) {
+      builder_.PushInteger(value, position);
+    } else {
+      builder_.PushFloat(value, position);
+    }
+  }
+
+  // A whole expression: ?: and everything that binds tighter.
   void ParseConditional() {
     NestingGuard guard(*this, Peek().position);
-    ParseLogicalOr();
-    if (Peek().kind != TokenKind::Question) return;
-    const std::size_t position = Advance().position;
+    ParseBinary(0);
+  }
+
+  // Operators of at least minLevel, by precedence climbing: the right operand
+  // of an operator is parsed with the next level up, so chains of one level
+  // stay left-associative and each operand costs one call, not one per level.
+  // ?: (level 0) is right-associative: both branches are whole expressions.
+  void ParseBinary(int minLevel) {
+    ParsePower();
+    for (;;) {
+      const BinaryOperator match = BinaryOperatorOf(Peek().kind);
+      if (match.level < minLevel) return;
+      const std::size_t position = Advance();
+      switch (match.level) {
+        case kConditionalLevel: ParseBranches(position); break;
+        case kOrLevel: ParseOrRight(position); break;
+        case kAndLevel: ParseAndRight(position); break;
+        default:
+          ParseBinary(match.level + 1);
+          builder_.Emit(match.op, position);
+      }
+    }
+  }
+
+  // condition ? a : b, with the condition already parsed.
+  void ParseBranches(std::size_t position) {
     const std::size_t jumpToElse = builder_.EmitJump(OpCode::JumpIfZero, position);
     const std::size_t height = builder_.Height();
     ParseConditional();
@@ -110,76 +168,36 @@ class Parser {
   }
 
   // a || b: b is evaluated only when a is zero. Result 0 or 1.
-  void ParseLogicalOr() {
-    ParseLogicalAnd();
-    while (Peek().kind == TokenKind::PipePipe) {
-      const std::size_t position = Advance().position;
-      const std::size_t jumpToRight = builder_.EmitJump(OpCode::JumpIfZero, position);
-      const std::size_t height = builder_.Height();
-      PushTruth(1, position);
-      const std::size_t jumpToEnd = builder_.EmitJump(OpCode::Jump, position);
-      builder_.PatchJumpToHere(jumpToRight);
-      builder_.SetHeight(height);
-      ParseLogicalAnd();
-      builder_.Emit(OpCode::ToBool, position);
-      builder_.PatchJumpToHere(jumpToEnd);
-    }
+  void ParseOrRight(std::size_t position) {
+    const std::size_t jumpToRight = builder_.EmitJump(OpCode::JumpIfZero, position);
+    const std::size_t height = builder_.Height();
+    PushTruth(1, position);
+    const std::size_t jumpToEnd = builder_.EmitJump(OpCode::Jump, position);
+    builder_.PatchJumpToHere(jumpToRight);
+    builder_.SetHeight(height);
+    ParseBinary(kOrLevel + 1);
+    builder_.Emit(OpCode::ToBool, position);
+    builder_.PatchJumpToHere(jumpToEnd);
   }
 
   // a && b: b is evaluated only when a is non-zero. Result 0 or 1.
-  void ParseLogicalAnd() {
-    ParseBinary(0);
-    while (Peek().kind == TokenKind::AmpAmp) {
-      const std::size_t position = Advance().position;
-      const std::size_t jumpToFalse = builder_.EmitJump(OpCode::JumpIfZero, position);
-      const std::size_t height = builder_.Height();
-      ParseBinary(0);
-      builder_.Emit(OpCode::ToBool, position);
-      const std::size_t jumpToEnd = builder_.EmitJump(OpCode::Jump, position);
-      builder_.PatchJumpToHere(jumpToFalse);
-      builder_.SetHeight(height);
-      PushTruth(0, position);
-      builder_.PatchJumpToHere(jumpToEnd);
-    }
-  }
-
-  void PushTruth(int value, std::size_t position) {
-    if (builder_.GetArithmetic() == Arithmetic::Integer) {
-      builder_.PushInteger(value, position);
-    } else {
-      builder_.PushFloat(value, position);
-    }
-  }
-
-  const BinaryOperator* MatchOperator(std::size_t level) const {
-    for (const BinaryOperator& candidate : kBinaryLevels[level]) {
-      if (candidate.token == Peek().kind) return &candidate;
-    }
-    return nullptr;
-  }
-
-  void ParseOperand(std::size_t level) {
-    if (level + 1 < kBinaryLevels.size()) {
-      ParseBinary(level + 1);
-    } else {
-      ParsePower();
-    }
-  }
-
-  void ParseBinary(std::size_t level) {
-    ParseOperand(level);
-    while (const BinaryOperator* match = MatchOperator(level)) {
-      const std::size_t position = Advance().position;
-      ParseOperand(level);
-      builder_.Emit(match->op, position);
-    }
+  void ParseAndRight(std::size_t position) {
+    const std::size_t jumpToFalse = builder_.EmitJump(OpCode::JumpIfZero, position);
+    const std::size_t height = builder_.Height();
+    ParseBinary(kAndLevel + 1);
+    builder_.Emit(OpCode::ToBool, position);
+    const std::size_t jumpToEnd = builder_.EmitJump(OpCode::Jump, position);
+    builder_.PatchJumpToHere(jumpToFalse);
+    builder_.SetHeight(height);
+    PushTruth(0, position);
+    builder_.PatchJumpToHere(jumpToEnd);
   }
 
   // a ** b, right-associative; binds tighter than * but looser than prefixes.
   void ParsePower() {
     ParseUnary();
     if (Peek().kind != TokenKind::StarStar) return;
-    const std::size_t position = Advance().position;
+    const std::size_t position = Advance();
     NestingGuard guard(*this, position);
     ParsePower();
     builder_.Emit(OpCode::Power, position);
@@ -191,7 +209,7 @@ class Parser {
       ParsePrimary();
       return;
     }
-    const std::size_t position = Advance().position;
+    const std::size_t position = Advance();
     NestingGuard guard(*this, position);
     ParseUnary();
     if (kind == TokenKind::Minus) builder_.Emit(OpCode::Negate, position);
@@ -202,13 +220,15 @@ class Parser {
     const Token& token = Peek();
     switch (token.kind) {
       case TokenKind::Number:
-        PushNumber(Advance());
+        PushNumber(token);
+        Advance();
         return;
       case TokenKind::Identifier:
         if (PeekAhead().kind == TokenKind::LeftParen) {
           ParseCall();
         } else {
-          PushName(Advance());
+          PushName(token);
+          Advance();
         }
         return;
       case TokenKind::LeftParen: {
@@ -259,7 +279,8 @@ class Parser {
   }
 
   void ParseCall() {
-    const Token& name = Advance();
+    const Token name = Peek();
+    Advance();
     FunctionInfo info;
     if (!FindFunction(name.text, info)) FailAt("unknown function " + Describe(name), name.position);
     NestingGuard guard(*this, name.position);
@@ -286,8 +307,10 @@ class Parser {
     builder_.Emit(count == 2 ? OpCode::Call2 : OpCode::Call1, name.position, info.function);
   }
 
-  std::vector<Token> tokens_;
-  std::size_t index_ = 0;
+  TokenStream tokens_;
+  Token current_;
+  Token ahead_;
+  bool hasAhead_ = false;
   Scope& scope_;
   CodeBuilder builder_;
   int depth_ = 0;
@@ -299,7 +322,7 @@ Code CompileCode(std::string_view text, Scope& scope, Arithmetic arithmetic) {
   if (text.size() > kMaxFormulaLength) {
     throw FormulaError("formula longer than " + std::to_string(kMaxFormulaLength) + " characters");
   }
-  return Parser(Tokenize(text), scope, arithmetic).Run();
+  return Parser(text, scope, arithmetic).Run();
 }
 
 }  // namespace detail

@@ -38,22 +38,18 @@ std::string Printable(char c) {
   return buffer;
 }
 
+// Reads one token at pos, moving pos past it.
 class Lexer {
  public:
-  explicit Lexer(std::string_view text) : text_(text) {}
+  Lexer(std::string_view text, std::size_t& pos) : text_(text), pos_(pos) {}
 
-  std::vector<Token> Run() {
-    std::vector<Token> tokens;
-    for (;;) {
-      while (pos_ < text_.size() && IsSpace(text_[pos_])) ++pos_;
-      if (pos_ >= text_.size()) break;
-      tokens.push_back(Next());
-    }
+  Token Run() {
+    while (pos_ < text_.size() && IsSpace(text_[pos_])) ++pos_;
+    if (pos_ < text_.size()) return Next();
     Token end;
     end.kind = TokenKind::End;
-    end.position = text_.size() + 1;
-    tokens.push_back(end);
-    return tokens;
+    end.position = static_cast<std::uint32_t>(text_.size() + 1);
+    return end;
   }
 
  private:
@@ -62,7 +58,7 @@ class Lexer {
   Token Make(TokenKind kind, std::size_t length) {
     Token token;
     token.kind = kind;
-    token.position = pos_ + 1;
+    token.position = static_cast<std::uint32_t>(pos_ + 1);
     token.text = text_.substr(pos_, length);
     pos_ += length;
     return token;
@@ -116,6 +112,9 @@ class Lexer {
     return index;
   }
 
+  // Decimal integers of up to this many digits fit a double exactly.
+  static constexpr std::size_t kExactDigits = 15;
+
   Token DecimalNumber() {
     std::size_t end = SkipDigits(pos_);
     bool isInteger = true;
@@ -134,6 +133,14 @@ class Lexer {
     }
     RejectTrailingIdentifierChars(end);
     Token token = Make(TokenKind::Number, end - pos_);
+    if (isInteger && token.text.size() <= kExactDigits) {
+      // Short integers are exact in both arithmetics; no general parse needed.
+      std::int64_t value = 0;
+      for (char digit : token.text) value = value * 10 + (digit - '0');
+      token.integerValue = value;
+      token.floatValue = static_cast<double>(value);
+      return token;
+    }
     token.floatValue = ParseFloatLiteral(token.text);
     if (isInteger) {
       token.integerValid = ParseDecimalBits(token.text, token.integerValue);
@@ -247,12 +254,12 @@ class Lexer {
   }
 
   std::string_view text_;
-  std::size_t pos_ = 0;
+  std::size_t& pos_;
 };
 
 }  // namespace
 
-std::vector<Token> Tokenize(std::string_view text) { return Lexer(text).Run(); }
+Token TokenStream::Next() { return Lexer(text_, pos_).Run(); }
 
 std::string Describe(const Token& token) {
   if (token.kind == TokenKind::End) return "end of formula";

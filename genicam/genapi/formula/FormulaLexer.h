@@ -12,7 +12,7 @@ namespace GenApi {
 namespace formula {
 namespace detail {
 
-enum class TokenKind {
+enum class TokenKind : std::uint8_t {
   End,
   Number,
   Identifier,
@@ -45,17 +45,26 @@ enum class TokenKind {
 
 struct Token {
   TokenKind kind = TokenKind::End;
-  std::size_t position = 0;  // 1-based
+  bool integerValid = true;  // false for decimal integers beyond 64 bits
+  std::uint32_t position = 0;  // 1-based
   std::string_view text;
   // Numbers: the value as each arithmetic sees it. Hex literals are 64-bit
   // patterns; decimal literals keep their value (float) and truncate (integer).
   std::int64_t integerValue = 0;
-  bool integerValid = true;  // false for decimal integers beyond 64 bits
   double floatValue = 0.0;
 };
 
-// Throws FormulaError naming the offending character and its position.
-std::vector<Token> Tokenize(std::string_view text);
+// Hands out the tokens of a formula one at a time, End after the last.
+// Next() throws FormulaError naming the offending character and its position.
+class TokenStream {
+ public:
+  explicit TokenStream(std::string_view text) : text_(text) {}
+  Token Next();
+
+ private:
+  std::string_view text_;
+  std::size_t pos_ = 0;
+};
 
 // Readable name of a token kind for messages ("')'", "end of formula").
 std::string Describe(const Token& token);

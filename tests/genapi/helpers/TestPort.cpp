@@ -5,6 +5,7 @@
 namespace genapi_test {
 
 void MemoryPort::Read(void* buffer, int64_t address, int64_t length) {
+  if (failReads) throw TIMEOUT_EXCEPTION("Read failed: no answer from the device");
   ++reads;
   auto* out = static_cast<uint8_t*>(buffer);
   for (int64_t i = 0; i < length; ++i) {

@@ -29,6 +29,7 @@ class MemoryPort : public GenApi::IPort {
   int reads = 0;
   int writes = 0;
   bool failWrites = false;
+  bool failReads = false;  // reads throw a TimeoutException, as a silent device would
 
  private:
   std::map<int64_t, uint8_t> memory_;
