@@ -31,8 +31,8 @@ bool Feature::sameAs(const Feature& other) const {
     return key;
   };
   return name == other.name && kind == other.kind && writable == other.writable &&
-         minimum == other.minimum && maximum == other.maximum &&
-         increment == other.increment && entryKey(entries) == entryKey(other.entries);
+         minimum == other.minimum && maximum == other.maximum && increment == other.increment &&
+         entryKey(entries) == entryKey(other.entries);
 }
 
 namespace {

@@ -171,13 +171,11 @@ void Baud(Session& session, const Args& args) {
   const std::uint32_t baud = BaudRateOfBit(session.currentBaudBit());
   const std::uint32_t maxBaud = BaudRateOfBit(session.maxBaudBit());
   const std::uint32_t port = BaudRateOfBit(session.host().backend().baudRate());
-  session.output().emit({{"command", "baud"},
-                         {"baudRate", baud},
-                         {"maxBaudRate", maxBaud},
-                         {"portBaudRate", port}},
-                        AlignedTable({{"Baud rate", std::to_string(baud)},
-                                      {"Fastest common", std::to_string(maxBaud)},
-                                      {"Port", std::to_string(port)}}));
+  session.output().emit(
+      {{"command", "baud"}, {"baudRate", baud}, {"maxBaudRate", maxBaud}, {"portBaudRate", port}},
+      AlignedTable({{"Baud rate", std::to_string(baud)},
+                    {"Fastest common", std::to_string(maxBaud)},
+                    {"Port", std::to_string(port)}}));
 }
 
 void SaveConfig(Session& session, const Args&) {
@@ -207,8 +205,9 @@ void Refresh(Session& session, const Args& args) {
 
 void Visible(Session& session, const Args& args) {
   std::string name = args[0];
-  const bool visible = session.extension().QueryCommand(CMD_IS_PARAMETER_VISIBLE, name.data(),
-                                                        static_cast<std::uint32_t>(name.size() + 1)) == 1;
+  const bool visible =
+      session.extension().QueryCommand(CMD_IS_PARAMETER_VISIBLE, name.data(),
+                                       static_cast<std::uint32_t>(name.size() + 1)) == 1;
   session.output().emit({{"command", "visible"}, {"name", args[0]}, {"visible", visible}},
                         args[0] + (visible ? " is shown\n" : " is not shown\n"));
 }
@@ -221,8 +220,8 @@ void Watch(Session& session, const Args&) {
 
 }  // namespace
 
-const std::vector<CommandSpec>& CommandTable() {
-  static const std::vector<CommandSpec> table = {
+const std::vector<CommandInfo>& CommandTable() {
+  static const std::vector<CommandInfo> table = {
       {"info", "", "camera, connection, baud rate, visibility, counts", 0, 0, Info},
       {"list", "[PATTERN]", "features with values, access and range (PATTERN: text or * ?)", 0, 1,
        ListCommand},
@@ -244,9 +243,10 @@ const std::vector<CommandSpec>& CommandTable() {
 
 std::string CommandHelp() {
   std::vector<Row> rows;
-  for (const auto& spec : CommandTable()) {
-    rows.push_back({std::string("  ") + spec.name + (*spec.arguments ? " " : "") + spec.arguments,
-                    spec.summary});
+  for (const auto& command : CommandTable()) {
+    rows.push_back(
+        {std::string("  ") + command.name + (*command.arguments ? " " : "") + command.arguments,
+         command.summary});
   }
   rows.push_back({"  run FILE|-", "run commands from FILE or standard input, one per line"});
   return AlignedTable(rows);
@@ -254,15 +254,15 @@ std::string CommandHelp() {
 
 namespace {
 
-const CommandSpec& Spec(const std::vector<std::string>& words) {
+const CommandInfo& Find(const std::vector<std::string>& words) {
   const std::string& name = words.front();
-  for (const auto& spec : CommandTable()) {
-    if (name != spec.name) continue;
+  for (const auto& command : CommandTable()) {
+    if (name != command.name) continue;
     const int count = static_cast<int>(words.size()) - 1;
-    if (count < spec.minArgs || (spec.maxArgs >= 0 && count > spec.maxArgs)) {
-      throw UsageError(std::string("usage: vqcam ") + spec.name + " " + spec.arguments);
+    if (count < command.minArgs || (command.maxArgs >= 0 && count > command.maxArgs)) {
+      throw UsageError(std::string("usage: vqcam ") + command.name + " " + command.arguments);
     }
-    return spec;
+    return command;
   }
   throw UsageError("unknown command '" + name + "'; run 'vqcam --help' for the commands");
 }
@@ -274,7 +274,7 @@ void CheckCommand(const std::vector<std::string>& words) {
     if (words.size() != 2) throw UsageError("usage: vqcam run FILE|-");
     return;
   }
-  Spec(words);
+  Find(words);
   if (words.front() == "set") {
     for (std::size_t i = 1; i < words.size(); ++i) AssignmentOf(words[i]);
   } else if (words.front() == "baud" && words.size() == 2) {
@@ -283,7 +283,7 @@ void CheckCommand(const std::vector<std::string>& words) {
 }
 
 void RunCommand(Session& session, const std::vector<std::string>& words) {
-  Spec(words).run(session, std::vector<std::string>(words.begin() + 1, words.end()));
+  Find(words).run(session, std::vector<std::string>(words.begin() + 1, words.end()));
 }
 
 }  // namespace vq::host

@@ -12,7 +12,7 @@ namespace vq::host {
 class Session;
 struct Feature;
 
-struct CommandSpec {
+struct CommandInfo {
   const char* name;
   const char* arguments;
   const char* summary;
@@ -21,7 +21,7 @@ struct CommandSpec {
   void (*run)(Session& session, const std::vector<std::string>& args);
 };
 
-const std::vector<CommandSpec>& CommandTable();
+const std::vector<CommandInfo>& CommandTable();
 // The commands' part of --help.
 std::string CommandHelp();
 // A usage Failure for an unknown command or a wrong number of arguments ("run" included).

@@ -35,8 +35,8 @@ bool IsIndex(const std::string& name, std::uint32_t& index) {
 Failure Ambiguous(const std::string& name, const std::vector<const Feature*>& found) {
   std::string list;
   for (const Feature* feature : found) {
-    list += (list.empty() ? "" : ", ") + std::string("#") + std::to_string(feature->index) +
-            " " + feature->name;
+    list += (list.empty() ? "" : ", ") + std::string("#") + std::to_string(feature->index) + " " +
+            feature->name;
   }
   return UsageError("'" + name + "' names several features (" + list +
                     "); use the flat index, e.g. '#" + std::to_string(found.front()->index) + "'");
@@ -65,8 +65,8 @@ const Feature& FeatureNames::resolve(const std::string& name) const {
     const auto found = Matching(features, rule);
     if (found.empty()) continue;
     // One feature listed in several categories is found once per listing.
-    const bool oneFeature = std::all_of(found.begin(), found.end(),
-                                        [&](const Feature* f) { return f->sameAs(*found.front()); });
+    const bool oneFeature = std::all_of(
+        found.begin(), found.end(), [&](const Feature* f) { return f->sameAs(*found.front()); });
     if (oneFeature) return *found.front();
     throw Ambiguous(name, found);
   }
@@ -113,9 +113,10 @@ std::string FeatureNames::toModuleText(const Feature& feature, const std::string
       }
     }
     std::string choices;
-    for (const auto& entry : feature.entries) choices += (choices.empty() ? "" : ", ") + entry.label;
-    throw UsageError("'" + feature.name + "' has no entry '" + userValue + "'; choose one of: " +
-                     (choices.empty() ? "(none available)" : choices));
+    for (const auto& entry : feature.entries)
+      choices += (choices.empty() ? "" : ", ") + entry.label;
+    throw UsageError("'" + feature.name + "' has no entry '" + userValue +
+                     "'; choose one of: " + (choices.empty() ? "(none available)" : choices));
   }
   double number = 0;
   if (!ParseNumber(value, number)) {

@@ -11,7 +11,7 @@ struct Options {
   Link link = Link::Simulator;
   std::string simulateProfile;  // empty: the default camera
   std::string portPath;
-  std::string clserSpec;  // LIB[:INDEX]
+  std::string clserArgument;  // LIB[:INDEX]
   std::optional<std::string> cameraText;
   bool alwaysShowSelector = false;
   std::string baud;        // empty, "max" or a rate

@@ -24,7 +24,8 @@ std::string AlignedTable(const std::vector<Row>& rows) {
 }
 
 void Output::emit(const nlohmann::json& result, const std::string& text) {
-  const std::string shown = json_ ? result.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n" : text;
+  const std::string shown =
+      json_ ? result.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n" : text;
   std::fputs(shown.c_str(), out_);
   std::fflush(out_);
 }

@@ -40,9 +40,7 @@ void Progress::clearLine() {
   lastDraw_ = std::chrono::steady_clock::time_point();
 }
 
-void Progress::restartClock() {
-  start_ = std::chrono::steady_clock::now();
-}
+void Progress::restartClock() { start_ = std::chrono::steady_clock::now(); }
 
 void Progress::end(std::uint64_t bytes, const std::string& outcome) {
   if (!active_) return;

@@ -29,10 +29,10 @@ void ReportFailure(const Output& output, const std::string& command, const Failu
   std::fprintf(stderr, "vqcam: %s\n", failure.what());
   std::fflush(stderr);
   if (output.json()) {
-    const nlohmann::json result = {{"command", command},
-                                   {"error", failure.what()},
-                                   {"exitCode", failure.exitCode()}};
-    std::printf("%s\n", result.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+    const nlohmann::json result = {
+        {"command", command}, {"error", failure.what()}, {"exitCode", failure.exitCode()}};
+    std::printf("%s\n",
+                result.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
     std::fflush(stdout);
   }
 }
@@ -63,7 +63,8 @@ int RunScript(Session& session, std::istream& input, bool interactive) {
     Words words;
     std::string error;
     if (!SplitWords(line, words, error)) {
-      ReportFailure(session.output(), "run", UsageError("line " + std::to_string(number) + ": " + error));
+      ReportFailure(session.output(), "run",
+                    UsageError("line " + std::to_string(number) + ": " + error));
       result = kExitUsage;
     } else if (!words.empty() && words.front() == "run") {
       ReportFailure(session.output(), "run", UsageError("a script cannot run another script"));

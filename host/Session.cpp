@@ -35,9 +35,9 @@ std::unique_ptr<SerialBackend> MakeBackend(const Options& options) {
     case Options::Link::ClSerial: {
       std::string library;
       std::uint32_t index = 0;
-      if (!ClSerialBackend::ParseSpec(options.clserSpec, library, index)) {
+      if (!ClSerialBackend::ParseLibraryArgument(options.clserArgument, library, index)) {
         throw UsageError("--clser takes LIB or LIB:INDEX with a port number, not '" +
-                         options.clserSpec + "'");
+                         options.clserArgument + "'");
       }
       return std::make_unique<ClSerialBackend>(library, index);
     }
@@ -61,9 +61,7 @@ std::string OpenFailureText(std::uint32_t status) {
 }  // namespace
 
 Session::Session(const Options& options)
-    : options_(options),
-      output_(options.json),
-      progress_(platform::IsStderrTerminal()) {
+    : options_(options), output_(options.json), progress_(platform::IsStderrTerminal()) {
   if (!options_.visibility.empty()) VisibilityLevelName(options_.visibility);
   if (!options_.baud.empty()) CheckCommand({"baud", options_.baud});
   try {
@@ -93,7 +91,8 @@ void Session::connect() {
   events.traffic = [this] { progress_.update(host_->bytesMoved()); };
   events.selectorState = [this](std::uint32_t state) {
     progress_.restartClock();
-    if (options_.verbose) std::fprintf(stderr, "vqcam: selector check box %s\n", state ? "on" : "off");
+    if (options_.verbose)
+      std::fprintf(stderr, "vqcam: selector check box %s\n", state ? "on" : "off");
   };
 
   progress_.begin("opening " + backend_->describe());
@@ -170,7 +169,8 @@ std::string Session::readValue(const Feature& feature) {
 void Session::writeValue(const Feature& feature, const std::string& moduleText,
                          const std::string& shownValue) {
   if (!feature.writable) {
-    throw Refused("'" + feature.name + "' is read-only; 'vqcam list' shows which features can be set (access rw)");
+    throw Refused("'" + feature.name +
+                  "' is read-only; 'vqcam list' shows which features can be set (access rw)");
   }
   host_->clearLastMessage();
   if (extension().SetParameterValue(feature.index, moduleText.c_str()) != 1) {

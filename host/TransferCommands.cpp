@@ -75,8 +75,9 @@ std::vector<Assignment> ReadFile(Session& session, const std::string& path,
   for (int number = 1; std::getline(file, line); ++number) {
     const std::string trimmed = Trim(line);
     // "# text" is a comment; "#12 = ..." names a feature by its flat index.
-    const bool comment = !trimmed.empty() && trimmed[0] == '#' &&
-                         (trimmed.size() == 1 || !std::isdigit(static_cast<unsigned char>(trimmed[1])));
+    const bool comment =
+        !trimmed.empty() && trimmed[0] == '#' &&
+        (trimmed.size() == 1 || !std::isdigit(static_cast<unsigned char>(trimmed[1])));
     if (trimmed.empty() || comment) continue;
     const auto equals = trimmed.find('=');
     if (equals == std::string::npos) {
@@ -147,8 +148,9 @@ void ImportCommand(Session& session, const std::vector<std::string>& args) {
       }
     }
     for (auto it = done.begin(); it != done.end();) {
-      const bool changed = touched.count(it->feature->index) != 0 &&
-                           !SameValue(*it->feature, session.readValue(*it->feature), it->moduleText);
+      const bool changed =
+          touched.count(it->feature->index) != 0 &&
+          !SameValue(*it->feature, session.readValue(*it->feature), it->moduleText);
       if (changed) {
         again.push_back(*it);
         it = done.erase(it);
@@ -166,10 +168,8 @@ void ImportCommand(Session& session, const std::vector<std::string>& args) {
     refusedJson.push_back({{"name", item.name}, {"value", item.value}, {"reason", item.reason}});
     rows.push_back({"refused:", item.name + " = " + item.value, item.reason});
   }
-  const json result = {{"command", "import"},
-                       {"file", args[0]},
-                       {"applied", done.size()},
-                       {"refused", refusedJson}};
+  const json result = {
+      {"command", "import"}, {"file", args[0]}, {"applied", done.size()}, {"refused", refusedJson}};
   session.output().emit(result, AlignedTable(rows) + "imported " + std::to_string(done.size()) +
                                     " of " + std::to_string(total) + " values from " + args[0] +
                                     "\n");

@@ -39,9 +39,9 @@ void Configure(CLI::App& app, Options& options) {
                                 "profile folder or an example name (korva-area, korva-line)");
   simulate->option_text("[=PROFILE]");
   auto* port = app.add_option("--port", options.portPath, "serial device of the camera");
-  auto* clser = app.add_option("--clser", options.clserSpec,
-                               "Camera Link serial library and port index")
-                    ->type_name("LIB[:INDEX]");
+  auto* clser =
+      app.add_option("--clser", options.clserArgument, "Camera Link serial library and port index")
+          ->type_name("LIB[:INDEX]");
   simulate->excludes(port, clser);
   port->excludes(clser);
   app.add_option("--camera", options.cameraText,
@@ -64,8 +64,7 @@ void Configure(CLI::App& app, Options& options) {
 
 int main(int argc, char** argv) {
   Options options;
-  CLI::App app{"vqcam: read and write the GenICam features of a Camera Link camera",
-               "vqcam"};
+  CLI::App app{"vqcam: read and write the GenICam features of a Camera Link camera", "vqcam"};
   Configure(app, options);
   try {
     app.parse(argc, argv);
@@ -77,7 +76,7 @@ int main(int argc, char** argv) {
   }
   if (!options.portPath.empty()) {
     options.link = Options::Link::Port;
-  } else if (!options.clserSpec.empty()) {
+  } else if (!options.clserArgument.empty()) {
     options.link = Options::Link::ClSerial;
   }
   if (options.simulateProfile == kDefaultProfile) options.simulateProfile.clear();

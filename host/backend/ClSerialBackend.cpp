@@ -5,19 +5,18 @@
 
 namespace vq::host {
 
-
-bool ClSerialBackend::ParseSpec(const std::string& spec, std::string& library,
-                                std::uint32_t& index) {
-  library = spec;
+bool ClSerialBackend::ParseLibraryArgument(const std::string& argument, std::string& library,
+                                           std::uint32_t& index) {
+  library = argument;
   index = 0;
-  const auto colon = spec.rfind(':');
-  if (colon == std::string::npos || spec.find('/', colon) != std::string::npos) return true;
-  const std::string number = spec.substr(colon + 1);
+  const auto colon = argument.rfind(':');
+  if (colon == std::string::npos || argument.find('/', colon) != std::string::npos) return true;
+  const std::string number = argument.substr(colon + 1);
   if (number.empty() || number.find_first_not_of("0123456789") != std::string::npos ||
       number.size() > 9) {
     return false;
   }
-  library = spec.substr(0, colon);
+  library = argument.substr(0, colon);
   index = static_cast<std::uint32_t>(std::strtoul(number.c_str(), nullptr, 10));
   return true;
 }
@@ -49,7 +48,8 @@ ClSerialBackend::ClSerialBackend(const std::string& library, std::uint32_t index
   bind(errorText_, "clGetErrorText");
   CLUINT32 count = 0;
   if (portCountFn_(&count) != CL_ERR_NO_ERR || count == 0) {
-    throw ConnectionError(library + " offers no serial port; check that the frame grabber is "
+    throw ConnectionError(library +
+                          " offers no serial port; check that the frame grabber is "
                           "installed");
   }
   portCount_ = count;

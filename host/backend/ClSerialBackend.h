@@ -31,7 +31,8 @@ class ClSerialBackend : public SerialBackend {
 
   // "LIB[:INDEX]" split into the library and the port index (0 when absent). False when
   // the index is not a number.
-  static bool ParseSpec(const std::string& spec, std::string& library, std::uint32_t& index);
+  static bool ParseLibraryArgument(const std::string& argument, std::string& library,
+                                   std::uint32_t& index);
 
  private:
   template <typename Function>

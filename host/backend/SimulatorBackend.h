@@ -22,7 +22,9 @@ class SimulatorBackend : public SerialBackend {
   std::int32_t read(std::uint8_t* data, std::uint32_t& count, std::uint32_t timeoutMs) override;
   std::int32_t write(const std::uint8_t* data, std::uint32_t& count,
                      std::uint32_t timeoutMs) override;
-  std::uint32_t supportedBaudRates() const override { return sim::InProcessPort::supportedBaudRates(); }
+  std::uint32_t supportedBaudRates() const override {
+    return sim::InProcessPort::supportedBaudRates();
+  }
   std::int32_t setBaudRate(std::uint32_t rateBit) override;
   std::uint32_t baudRate() const override { return port_->baudRate(); }
   std::string defaultCameraText() const override { return profile_.model; }

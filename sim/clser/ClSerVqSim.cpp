@@ -58,8 +58,7 @@ std::vector<std::string> ProfilesIn(const std::filesystem::path& directory) {
 // Installed, the library sits among the examples; in a build tree the examples are found
 // where the simulator finds its default camera.
 std::vector<std::string> ExampleFolders() {
-  const std::string self =
-      vq::platform::GetModulePath(reinterpret_cast<const void*>(&ProfilesIn));
+  const std::string self = vq::platform::GetModulePath(reinterpret_cast<const void*>(&ProfilesIn));
   auto folders = ProfilesIn(vq::platform::DirectoryOf(self));
   if (!folders.empty()) return folders;
   const std::string standard = vq::sim::findDefaultProfile();
@@ -128,8 +127,7 @@ CLSER_API CLINT32 clSerialRead(hSerRef serialRef, CLINT8* buffer, CLUINT32* buff
   return *bufferSize == wanted ? CL_ERR_NO_ERR : CL_ERR_TIMEOUT;
 }
 
-CLSER_API CLINT32 clSerialWrite(hSerRef serialRef, CLINT8* buffer, CLUINT32* bufferSize,
-                                CLUINT32) {
+CLSER_API CLINT32 clSerialWrite(hSerRef serialRef, CLINT8* buffer, CLUINT32* bufferSize, CLUINT32) {
   if (serialRef == nullptr) return CL_ERR_INVALID_REFERENCE;
   if (bufferSize == nullptr || (buffer == nullptr && *bufferSize != 0)) return CL_ERR_INVALID_PTR;
   PortOf(serialRef)->port.write(reinterpret_cast<const std::uint8_t*>(buffer), *bufferSize);

@@ -42,13 +42,14 @@ struct BackendCase {
 };
 
 const BackendCase kBackends[] = {
-    {"simulator", [](vq::test::SimProcess*) {
-       return std::make_unique<vq::host::SimulatorBackend>("", "");
-     }},
-    {"port", [](vq::test::SimProcess* process) {
+    {"simulator",
+     [](vq::test::SimProcess*) { return std::make_unique<vq::host::SimulatorBackend>("", ""); }},
+    {"port",
+     [](vq::test::SimProcess* process) {
        return std::make_unique<vq::host::SerialPortBackend>(process->DevicePath());
      }},
-    {"clser", [](vq::test::SimProcess*) {
+    {"clser",
+     [](vq::test::SimProcess*) {
        return std::make_unique<vq::host::ClSerialBackend>(VQ_CLSER_LIBRARY, 0);
      }},
 };
@@ -70,9 +71,9 @@ TEST_P(Backends, CarryGenCPAndFollowTheBaudRate) {
 INSTANTIATE_TEST_SUITE_P(Host, Backends, ::testing::ValuesIn(kBackends),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST(ClSerialSpec, SplitsLibraryAndIndex) {
+TEST(ClSerialArgument, SplitsLibraryAndIndex) {
   struct Case {
-    const char* spec;
+    const char* argument;
     bool ok;
     const char* library;
     std::uint32_t index;
@@ -85,7 +86,8 @@ TEST(ClSerialSpec, SplitsLibraryAndIndex) {
   for (const auto& c : cases) {
     std::string library;
     std::uint32_t index = 99;
-    ASSERT_EQ(vq::host::ClSerialBackend::ParseSpec(c.spec, library, index), c.ok) << c.spec;
+    ASSERT_EQ(vq::host::ClSerialBackend::ParseLibraryArgument(c.argument, library, index), c.ok)
+        << c.argument;
     if (!c.ok) continue;
     EXPECT_EQ(library, c.library);
     EXPECT_EQ(index, c.index);

@@ -24,7 +24,8 @@ class EachBackend : public ::testing::TestWithParam<const char*> {
       simulator_ = hosttest::StartSimulator();
       return {"--port", simulator_->DevicePath(), "--camera", "A2040M"};
     }
-    if (backend == "clser") return {"--clser", hosttest::ClSerialLibrary() + ":0", "--camera", "A2040M"};
+    if (backend == "clser")
+      return {"--clser", hosttest::ClSerialLibrary() + ":0", "--camera", "A2040M"};
     return {"--simulate"};
   }
   std::map<std::string, std::string> Env() {
@@ -53,13 +54,58 @@ json ValueOf(const json& result, const std::string& name) {
 TEST_P(EachBackend, EveryCommandInOneSession) {
   const std::string exported = hosttest::TempPath(std::string(GetParam()) + "-export.txt");
   std::vector<std::string> args = Link();
-  const std::vector<std::string> commands = {
-      "--json", "info", ",", "list", ",", "get", "Width", "Pixel Format", "Reverse X", ",",
-      "set", "Width=1024", "PixelFormat=Mono10", "reverse x=true", ",", "get", "#0", ",",
-      "press", "Acquisition Start", ",", "categories", ",", "describe", "Width", ",",
-      "baud", "115200", ",", "get", "Height", ",", "baud", ",", "baud", "9600", ",",
-      "save-config", ",", "refresh", "Width", ",", "visible", "Width", ",", "watch", ",",
-      "set", "Binning Horizontal=2", ",", "export", exported};
+  const std::vector<std::string> commands = {"--json",
+                                             "info",
+                                             ",",
+                                             "list",
+                                             ",",
+                                             "get",
+                                             "Width",
+                                             "Pixel Format",
+                                             "Reverse X",
+                                             ",",
+                                             "set",
+                                             "Width=1024",
+                                             "PixelFormat=Mono10",
+                                             "reverse x=true",
+                                             ",",
+                                             "get",
+                                             "#0",
+                                             ",",
+                                             "press",
+                                             "Acquisition Start",
+                                             ",",
+                                             "categories",
+                                             ",",
+                                             "describe",
+                                             "Width",
+                                             ",",
+                                             "baud",
+                                             "115200",
+                                             ",",
+                                             "get",
+                                             "Height",
+                                             ",",
+                                             "baud",
+                                             ",",
+                                             "baud",
+                                             "9600",
+                                             ",",
+                                             "save-config",
+                                             ",",
+                                             "refresh",
+                                             "Width",
+                                             ",",
+                                             "visible",
+                                             "Width",
+                                             ",",
+                                             "watch",
+                                             ",",
+                                             "set",
+                                             "Binning Horizontal=2",
+                                             ",",
+                                             "export",
+                                             exported};
   args.insert(args.end(), commands.begin(), commands.end());
   const auto run = Vqcam(args, "", Env());
   ASSERT_EQ(run.exitCode, 0) << run.err;
@@ -83,7 +129,8 @@ TEST_P(EachBackend, EveryCommandInOneSession) {
   EXPECT_EQ(results.at("press")["name"], "Acquisition Start");
   EXPECT_GT(results.at("categories")["categories"].size(), 5u);
   // Node names are known where the description is at hand: the in-process simulator.
-  EXPECT_EQ(results.at("describe").value("node", ""), GetParam() == std::string("simulator") ? "Width" : "");
+  EXPECT_EQ(results.at("describe").value("node", ""),
+            GetParam() == std::string("simulator") ? "Width" : "");
   EXPECT_EQ(results.at("describe")["description"], "Width of the image in pixels");
   EXPECT_EQ(results.at("save-config")["saved"], true);
   EXPECT_EQ(results.at("refresh")["refreshed"], true);
@@ -104,7 +151,8 @@ TEST_P(EachBackend, EveryCommandInOneSession) {
 
   // Binning changes what Width may be: a change notice names it.
   bool widthNotice = false;
-  for (const auto& line : lines) widthNotice |= line.value("notice", "") == "changed" && line["name"] == "Width";
+  for (const auto& line : lines)
+    widthNotice |= line.value("notice", "") == "changed" && line["name"] == "Width";
   EXPECT_TRUE(widthNotice) << run.out;
 }
 
@@ -117,15 +165,17 @@ TEST(ExportImport, AFreshCameraTakesEveryWritableValue) {
   const std::string second = hosttest::TempPath("second.txt");
   const std::string fresh = hosttest::TempPath("fresh.txt");
   ASSERT_EQ(Vqcam({"--simulate", "export", fresh}).exitCode, 0);
-  const auto changed = Vqcam({"--simulate", "set", "Binning Horizontal=2", "Width=512",
-                              "Pixel Format=Mono10", "Reverse X=true", "User ID=bench 4",
-                              "Exposure Time=2500", ",", "export", first});
+  const auto changed =
+      Vqcam({"--simulate", "set", "Binning Horizontal=2", "Width=512", "Pixel Format=Mono10",
+             "Reverse X=true", "User ID=bench 4", "Exposure Time=2500", ",", "export", first});
   ASSERT_EQ(changed.exitCode, 0) << changed.err;
   const auto imported = Vqcam({"--simulate", "--json", "import", first, ",", "export", second});
   ASSERT_EQ(imported.exitCode, 0) << imported.err;
   const auto results = ByCommand(JsonLines(imported.out));
   EXPECT_TRUE(results.at("import")["refused"].empty());
-  const auto body = [](const std::string& text) { return text.substr(text.find("\n", text.find("\n") + 1)); };
+  const auto body = [](const std::string& text) {
+    return text.substr(text.find("\n", text.find("\n") + 1));
+  };
   EXPECT_EQ(body(hosttest::ReadFile(second)), body(hosttest::ReadFile(first)));
   EXPECT_NE(body(hosttest::ReadFile(fresh)), body(hosttest::ReadFile(first)));
 }
@@ -145,7 +195,8 @@ TEST(TextOutput, InfoAndListAreAligned) {
   ASSERT_EQ(run.exitCode, 0) << run.err;
   EXPECT_NE(run.out.find("Model          A2040M\n"), std::string::npos) << run.out;
   EXPECT_NE(run.out.find("Serial number  KA2040M-00117\n"), std::string::npos) << run.out;
-  EXPECT_TRUE(std::regex_search(run.out, std::regex("\n0 +Pixel Format +Mono8 +rw +Mono8\\|Mono10")))
+  EXPECT_TRUE(
+      std::regex_search(run.out, std::regex("\n0 +Pixel Format +Mono8 +rw +Mono8\\|Mono10")))
       << run.out;
 }
 
@@ -158,8 +209,8 @@ TEST(DescriptionCache, DriverParameterNamesWorkOnACachedOpen) {
   std::filesystem::create_directories(cache);
   for (const char* open : {"downloaded", "cached"}) {
     SCOPED_TRACE(open);
-    const auto run = Vqcam({"--simulate", "--json", "refresh", "Width", ",", "visible", "Width"}, "",
-                           {{"XDG_CACHE_HOME", cache}});
+    const auto run = Vqcam({"--simulate", "--json", "refresh", "Width", ",", "visible", "Width"},
+                           "", {{"XDG_CACHE_HOME", cache}});
     EXPECT_EQ(run.exitCode, 0) << run.err;
     const auto results = ByCommand(JsonLines(run.out));
     EXPECT_EQ(results.count("visible") ? results.at("visible")["visible"] : json(), true);

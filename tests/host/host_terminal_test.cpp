@@ -1,13 +1,12 @@
 // vqcam as a person sees it on a terminal: run in a tmux pane, the screen captured and read.
 // Opening shows its progress there and nowhere else; --select brings up the module's own
 // selector dialog on the terminal.
+#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <regex>
 #include <thread>
-
-#include <gtest/gtest.h>
 
 #include "host_test_support.h"
 
@@ -16,7 +15,8 @@ namespace {
 // A tmux server of its own with one pane running a shell command.
 class TmuxPane {
  public:
-  explicit TmuxPane(const std::string& command) : socket_("vqcam-test-" + std::to_string(getpid())) {
+  explicit TmuxPane(const std::string& command)
+      : socket_("vqcam-test-" + std::to_string(getpid())) {
     const auto started = Tmux({"new-session", "-d", "-s", "t", "-x", "160", "-y", "40",
                                "env VQ_DIALOG=tty " + command + "; echo EXIT=$?; sleep 120"});
     EXPECT_EQ(started.exitCode, 0) << started.err;
@@ -50,8 +50,8 @@ class TmuxPane {
 
 TEST(Terminal, OpeningShowsProgressOnATerminalOnly) {
   const auto simulator = hosttest::StartSimulator();
-  const std::string command = hosttest::VqcamProgram() + " --port " + simulator->DevicePath() +
-                              " --camera A2040M info";
+  const std::string command =
+      hosttest::VqcamProgram() + " --port " + simulator->DevicePath() + " --camera A2040M info";
   TmuxPane pane(command);
   const std::string screen = pane.waitFor("EXIT=");
   EXPECT_NE(screen.find("opening " + simulator->DevicePath() + ": "), std::string::npos) << screen;

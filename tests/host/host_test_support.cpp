@@ -1,6 +1,7 @@
 #include "host_test_support.h"
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
@@ -11,8 +12,6 @@
 #include <cstring>
 #include <fstream>
 #include <sstream>
-
-#include <gtest/gtest.h>
 
 extern char** environ;
 
@@ -67,8 +66,8 @@ bool Child::start(const std::vector<std::string>& argv,
   args.push_back(nullptr);
   for (auto& entry : environment) envp.push_back(entry.data());
   envp.push_back(nullptr);
-  const int spawned = posix_spawn(&pid_, argvCopy[0].c_str(), &actions, nullptr, args.data(),
-                                  envp.data());
+  const int spawned =
+      posix_spawn(&pid_, argvCopy[0].c_str(), &actions, nullptr, args.data(), envp.data());
   posix_spawn_file_actions_destroy(&actions);
   close(in[0]);
   close(out[1]);
@@ -151,8 +150,7 @@ RunResult Run(const std::vector<std::string>& argv, const std::string& input,
   }
   child.write(input);
   RunResult result = child.finish(timeoutMs);
-  EXPECT_NE(result.exitCode, -1) << argv.front() << " did not end in time; stderr: "
-                                 << result.err;
+  EXPECT_NE(result.exitCode, -1) << argv.front() << " did not end in time; stderr: " << result.err;
   return result;
 }
 

@@ -18,7 +18,6 @@ using ClGetNumSerialPortsFn = CLINT32 (*)(CLUINT32* numSerialPorts);
 using ClGetSupportedBaudRatesFn = CLINT32 (*)(hSerRef serialRef, CLUINT32* baudRates);
 using ClSetBaudRateFn = CLINT32 (*)(hSerRef serialRef, CLUINT32 baudRate);
 using ClFlushPortFn = CLINT32 (*)(hSerRef serialRef);
-using ClGetErrorTextFn = CLINT32 (*)(CLINT32 errorCode, CLINT8* errorText,
-                                     CLUINT32* errorTextSize);
+using ClGetErrorTextFn = CLINT32 (*)(CLINT32 errorCode, CLINT8* errorText, CLUINT32* errorTextSize);
 
 }  // namespace vq::clser
