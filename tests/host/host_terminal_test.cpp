@@ -12,13 +12,20 @@
 
 namespace {
 
+// A socket name no other pane uses, so a server that is still going away is never reused.
+std::string NewSocketName() {
+  static int panes = 0;
+  return "vqcam-test-" + std::to_string(getpid()) + "-" + std::to_string(++panes);
+}
+
 // A tmux server of its own with one pane running a shell command.
 class TmuxPane {
  public:
-  explicit TmuxPane(const std::string& command)
-      : socket_("vqcam-test-" + std::to_string(getpid())) {
-    const auto started = Tmux({"new-session", "-d", "-s", "t", "-x", "160", "-y", "40",
-                               "env VQ_DIALOG=tty " + command + "; echo EXIT=$?; sleep 120"});
+  explicit TmuxPane(const std::string& command) : socket_(NewSocketName()) {
+    const auto started =
+        Tmux({"new-session", "-d", "-s", "t", "-x", "160", "-y", "40",
+              "env VQ_DIALOG=tty XDG_CACHE_HOME=" VQ_BINARY_DIR "/no-description-cache " + command +
+                  "; echo EXIT=$?; sleep 120"});
     EXPECT_EQ(started.exitCode, 0) << started.err;
   }
   ~TmuxPane() { Tmux({"kill-server"}); }
