@@ -2,7 +2,8 @@
 # it installs the missing packages, configures, builds and runs every test.
 
 PACKAGES := cmake ninja-build g++ make pkg-config libgtest-dev libgmock-dev \
-            libbenchmark-dev libpugixml-dev libzip-dev zlib1g-dev
+            libbenchmark-dev libpugixml-dev libzip-dev zlib1g-dev \
+            libcli11-dev nlohmann-json3-dev tmux
 FUZZ_PACKAGES := clang libclang-rt-14-dev
 
 BUILD_DIR ?= build
@@ -41,7 +42,7 @@ test-sanitize:
 
 demo: build
 	@if [ -x $(BUILD_DIR)/bin/vqcam ]; then \
-	  $(BUILD_DIR)/bin/vqcam --simulate info && $(BUILD_DIR)/bin/vqcam --simulate list; \
+	  $(BUILD_DIR)/bin/vqcam --simulate info , list , get Width , set Width=1024 , get Width; \
 	else \
 	  echo "vqcam is not part of this build yet"; exit 2; \
 	fi

@@ -166,7 +166,13 @@ std::string CCLPort::Impl::Description(const std::string& xmlID, bool useMaxBaud
     return text.str();
   }
   const DescriptionKey key{chosen->id, Sha1Of(chosen->id), model};
-  if (auto cached = DescriptionCache::Find(portID, key)) return *cached;
+  if (auto cached = DescriptionCache::Find(portID, key)) {
+    // The driver did not see this description: it gets it for its parameter-name services.
+    if (const auto share = driver->Functions().SetXMLDescription) {
+      share(cookie, cached->data(), static_cast<CLUINT32>(cached->size()));
+    }
+    return *cached;
+  }
   if (useMaxBaudrate) boost.Raise();
   const std::string text = Download(chosen->id);
   boost.Restore();

@@ -56,6 +56,7 @@ std::shared_ptr<DriverLibrary> DriverLibrary::Load(const std::string& path) {
   resolve(library, "clpIsParamSupported", f.IsParamSupported);
   resolve(library, "clpGetEventData", f.GetEventData);
   resolve(library, "vxGetXMLSha1", f.GetXMLSha1);
+  resolve(library, "vxSetXMLDescription", f.SetXMLDescription);
 
   CLUINT32 major = 0;
   CLUINT32 minor = 0;

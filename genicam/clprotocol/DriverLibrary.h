@@ -36,6 +36,9 @@ struct DriverFunctions {
   using GetXMLSha1Function = CLINT32(CLPROTOCOL*)(ISerial*, CLUINT32, const CLINT8*, CLINT8*,
                                                    CLUINT32*, CLUINT32);
   GetXMLSha1Function GetXMLSha1 = nullptr;
+  // Optional extension: hands the driver a description it did not download itself.
+  using SetXMLDescriptionFunction = CLINT32(CLPROTOCOL*)(CLUINT32, const CLINT8*, CLUINT32);
+  SetXMLDescriptionFunction SetXMLDescription = nullptr;
 };
 
 class DriverLibrary {

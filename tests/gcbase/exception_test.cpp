@@ -17,12 +17,14 @@ struct MacroCase {
   const char* type;
   std::function<void()> raise;
   unsigned int line;  // where the macro was used
+  std::string description;
 };
 
 // Both __LINE__ uses sit in one expansion, so they give the same line.
 // clang-format off
 #define MACRO_CASE(Type, MACRO, number, word) \
-  MacroCase{#Type, [] { throw MACRO("n=%d s=%s", number, word); }, __LINE__}
+  MacroCase{#Type, [] { throw MACRO("n=%d s=%s", number, word); }, __LINE__, \
+            "n=" #number " s=" word}
 // clang-format on
 
 const std::vector<MacroCase>& MacroCases() {
@@ -42,15 +44,12 @@ const std::vector<MacroCase>& MacroCases() {
 }
 
 TEST(GcExceptionTest, MacrosRecordOriginTypeAndFormattedDescription) {
-  const std::vector<std::string> words = {"generic", "alloc", "argument", "range",   "property",
-                                          "runtime", "logic", "access",   "timeout", "cast"};
-  for (size_t i = 0; i < MacroCases().size(); ++i) {
-    const MacroCase& c = MacroCases()[i];
+  for (const MacroCase& c : MacroCases()) {
     try {
       c.raise();
       ADD_FAILURE() << c.type << " not thrown";
     } catch (const GenericException& e) {
-      const std::string expected = "n=" + std::to_string(i + 1) + " s=" + words[i];
+      const std::string& expected = c.description;
       EXPECT_STREQ(e.GetDescription(), expected.c_str()) << c.type;
       EXPECT_STREQ(e.GetExceptionType(), c.type);
       EXPECT_NE(std::string(e.GetSourceFileName()).find("exception_test.cpp"), std::string::npos);
@@ -63,10 +62,7 @@ TEST(GcExceptionTest, MacrosRecordOriginTypeAndFormattedDescription) {
   }
 }
 
-TEST(GcExceptionTest, SubclassesAreCaughtByTheirOwnTypeAndStdException) {
-  EXPECT_THROW(throw TIMEOUT_EXCEPTION("t"), GenICam::TimeoutException);
-  EXPECT_THROW(throw ACCESS_EXCEPTION("a"), GenICam::AccessException);
-  EXPECT_THROW(throw LOGICAL_ERROR_EXCEPTION("l"), GenICam::LogicalErrorException);
+TEST(GcExceptionTest, CaughtAsStdExceptionAndNeverAsASiblingType) {
   try {
     throw RUNTIME_EXCEPTION("DLL already loaded");
   } catch (const std::exception& e) {

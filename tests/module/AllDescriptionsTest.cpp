@@ -3,19 +3,17 @@
 // the texts of every parameter at visibility Invisible, with nothing but the
 // interface's own results (GenICam failures of the name, access and
 // visibility queries may leave the call, as they do for any host).
-#include <gtest/gtest.h>
-
 #include <GenICam.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "support/ComputedRegisters.h"
+#include "support/DescriptionText.h"
 #include "support/HostCamera.h"
 
 namespace vq::test {
@@ -29,13 +27,6 @@ std::vector<std::string> DescriptionFiles() {
   }
   std::sort(files.begin(), files.end());
   return files;
-}
-
-std::string ReadFile(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  std::ostringstream text;
-  text << stream.rdbuf();
-  return text.str();
 }
 
 // Asks every attribute of one parameter; returns how many calls threw.
@@ -71,7 +62,7 @@ int FetchEverything(VQ_Ext& ext, std::uint32_t index) {
 class AllDescriptions : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(AllDescriptions, EveryParameterAnswersThroughTheHostInterface) {
-  const std::string text = ReadFile(std::string(VQ_GENICAM_XML_DIR) + "/" + GetParam());
+  const std::string text = ReadTextFile(std::string(VQ_GENICAM_XML_DIR) + "/" + GetParam());
   HostCamera camera(ProfileForDescription(text, kKorvaModel));
   CoverComputedRegisters(text, camera.Simulator());
   ASSERT_TRUE(camera.Open()) << (camera.host.messages.empty() ? "" : camera.host.messages[0].text);

@@ -1,12 +1,13 @@
-// The extension object from the inside: what it stores, when it creates its
-// camera, and the module-state switch around its entry points.
+// The extension object from the inside: InitializeCamera points the library
+// search at the GenICam runtime named by the environment, and the
+// module-state switch around the entry points restores the caller's state.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <stdexcept>
+#include <string>
 
+#include "camera/GenICamRuntime.h"
 #include "extension/ModuleState.h"
-#include "extension/VQCameraExtApp.h"
 #include "extension/VQ_CameraExt.h"
 #include "vq/platform/environment.h"
 #include "vq/platform/shared_library.h"
@@ -14,84 +15,36 @@
 namespace vq {
 namespace {
 
-std::int32_t FirstHost(std::uint32_t, std::uint32_t, void*, HostContext) { return 1; }
-std::int32_t SecondHost(std::uint32_t, std::uint32_t, void*, HostContext) { return 2; }
-
-ParameterRecordList Records(std::initializer_list<unsigned char> fills) {
-  ParameterRecordList records;
-  for (unsigned char fill : fills) {
-    ParameterRecord record;
-    for (std::size_t i = 0; i < sizeof(record.bytes); ++i) record.bytes[i] = fill + i % 7;
-    records.push_back(record);
+TEST(RuntimeLocation, InitializeCameraAppendsTheRuntimeSubdirectoryToTheRoot) {
+  const std::optional<std::string> saved = platform::GetEnv(kGenICamRootVariable);
+  const struct {
+    std::optional<std::string> root;  // none: unset
+    std::string directory;            // "/previous": nothing handed over
+  } rows[] = {{"/opt/genicam", "/opt/genicam/bin/Win64_x64"},
+              {"/opt/genicam/", "/opt/genicam//bin/Win64_x64"},
+              {"C:\\GenICam\\", "C:\\GenICam\\/bin/Win64_x64"},
+              {std::string(259, 'r'), std::string(259, 'r') + "/bin/Win64_x64"},
+              {std::string(260, 'r'), "/previous"},  // too long for the buffer
+              {"", "/previous"},
+              {std::nullopt, "/previous"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.root.value_or("unset").substr(0, 20));
+    if (row.root) {
+      platform::SetEnv(kGenICamRootVariable, *row.root);
+    } else {
+      platform::UnsetEnv(kGenICamRootVariable);
+    }
+    platform::SetLibraryDirectory("/previous");
+    VQ_CameraExt extension;
+    EXPECT_EQ(extension.InitializeCamera(nullptr, nullptr, nullptr, ParameterRecordList()), 1);
+    EXPECT_EQ(platform::GetLibraryDirectory(), row.directory);
   }
-  return records;
-}
-
-TEST(ExtensionObject, StartsWithoutCallbackCameraOrRecords) {
-  VQ_CameraExt extension;
-  EXPECT_EQ(extension.StoredHostCallback(), nullptr);
-  EXPECT_EQ(extension.StoredHostContext(), 0u);
-  EXPECT_EQ(extension.Camera(), nullptr);
-  EXPECT_TRUE(extension.ParameterRecords().empty());
-}
-
-TEST(ExtensionObject, InitializeLeavesTheObjectUnchanged) {
-  VQ_CameraExt extension;
-  EXPECT_EQ(extension.Initialize(nullptr, nullptr, Records({1, 2})), 0);
-  EXPECT_EQ(extension.Camera(), nullptr);
-  EXPECT_TRUE(extension.ParameterRecords().empty());
-}
-
-TEST(ExtensionObject, CameraTakesTheCallbackRegisteredBeforeIt) {
-  VQ_CameraExt extension;
-  EXPECT_EQ(extension.SetHostCallback(&FirstHost, 77), 1);
-  EXPECT_EQ(extension.InitializeCamera(nullptr, nullptr, nullptr, Records({})), 1);
-  ASSERT_NE(extension.Camera(), nullptr);
-  EXPECT_EQ(extension.Camera()->hostCallback, &FirstHost);
-  EXPECT_EQ(extension.Camera()->hostContext, 77u);
-  EXPECT_TRUE(extension.ParameterRecords().empty());  // an empty list is stored as such
-
-  // A later registration changes the object's fields, not the camera's copy.
-  EXPECT_EQ(extension.SetHostCallback(&SecondHost, 88), 1);
-  EXPECT_EQ(extension.StoredHostCallback(), &SecondHost);
-  EXPECT_EQ(extension.StoredHostContext(), 88u);
-  EXPECT_EQ(extension.Camera()->hostCallback, &FirstHost);
-  EXPECT_EQ(extension.Camera()->hostContext, 77u);
-}
-
-TEST(ExtensionObject, RecordsAreStoredByteIdenticalInOrder) {
-  VQ_CameraExt extension;
-  const ParameterRecordList records = Records({0x00, 0x80, 0xFE});
-  EXPECT_EQ(extension.InitializeCamera(nullptr, nullptr, nullptr, records), 1);
-  ASSERT_EQ(extension.ParameterRecords().size(), 3u);
-  for (std::size_t i = 0; i < 3; ++i) {
-    EXPECT_EQ(std::memcmp(extension.ParameterRecords()[i].bytes, records[i].bytes, 776), 0) << i;
+  if (saved) {
+    platform::SetEnv(kGenICamRootVariable, *saved);
+  } else {
+    platform::UnsetEnv(kGenICamRootVariable);
   }
-}
-
-TEST(ExtensionObject, SecondInitializeCameraKeepsTheFirstCameraAndList) {
-  VQ_CameraExt extension;
-  EXPECT_EQ(extension.InitializeCamera(nullptr, nullptr, nullptr, Records({5})), 1);
-  GenericCamera* first = extension.Camera();
-  EXPECT_EQ(extension.InitializeCamera(nullptr, nullptr, nullptr, Records({6, 7})), 1);
-  EXPECT_EQ(extension.Camera(), first);
-  ASSERT_EQ(extension.ParameterRecords().size(), 1u);
-  EXPECT_EQ(extension.ParameterRecords()[0].bytes[0], 5);
-}
-
-TEST(ExtensionObject, InitializeCameraPointsTheLibrarySearchAtTheRuntime) {
-  platform::SetEnv("GENICAM_ROOT_V2_3", "/opt/genicam");
   platform::SetLibraryDirectory("");
-  VQ_CameraExt extension;
-  EXPECT_EQ(extension.InitializeCamera(nullptr, nullptr, nullptr, Records({})), 1);
-  EXPECT_EQ(platform::GetLibraryDirectory(), "/opt/genicam/bin/Win64_x64");
-  platform::UnsetEnv("GENICAM_ROOT_V2_3");
-  platform::SetLibraryDirectory("");
-}
-
-TEST(ModuleState, ApplicationObjectIsRunningOnceLoaded) {
-  EXPECT_TRUE(TheModuleApplication().IsRunning());
-  EXPECT_EQ(&TheModuleApplication().Resources(), &ThisModuleResources());
 }
 
 TEST(ModuleState, GuardMakesThisModulesResourcesCurrentAndRestoresTheCallers) {
@@ -99,22 +52,11 @@ TEST(ModuleState, GuardMakesThisModulesResourcesCurrentAndRestoresTheCallers) {
   EXPECT_EQ(LoadModuleString(IDS_BUTTON_CLICKED), "");
   {
     ModuleStateGuard outer;
-    EXPECT_EQ(CurrentModuleResources(), &ThisModuleResources());
     EXPECT_EQ(LoadModuleString(IDS_BUTTON_CLICKED), "%s button was clicked.");
-    ASSERT_NE(CurrentModuleResources()->FindDialog(IDD_CAMERA_XML_SELECTOR), nullptr);
-    EXPECT_STREQ(CurrentModuleResources()->FindDialog(IDD_CAMERA_XML_SELECTOR)->caption,
-                 "Camera XML Selector");
-    {
-      ModuleStateGuard nested;
-      EXPECT_EQ(CurrentModuleResources(), &ThisModuleResources());
-    }
+    { ModuleStateGuard nested; }
     EXPECT_EQ(CurrentModuleResources(), &ThisModuleResources());
   }
   EXPECT_EQ(CurrentModuleResources(), nullptr);
-  EXPECT_EQ(LoadModuleString(9999), "");
-}
-
-TEST(ModuleState, GuardRestoresTheCallersStateWhenAnExceptionLeaves) {
   EXPECT_THROW(
       {
         ModuleStateGuard guard;
@@ -122,11 +64,9 @@ TEST(ModuleState, GuardRestoresTheCallersStateWhenAnExceptionLeaves) {
       },
       std::runtime_error);
   EXPECT_EQ(CurrentModuleResources(), nullptr);
-}
-
-TEST(ModuleState, SwitchingOperationsLeaveTheCallersStateAsItWas) {
+  // The switching entry points leave the caller's state as it was.
   VQ_CameraExt extension;
-  extension.InitializeCamera(nullptr, nullptr, nullptr, Records({}));
+  extension.InitializeCamera(nullptr, nullptr, nullptr, ParameterRecordList());
   extension.PressParameterButton(nullptr, 0);
   extension.ExecuteCommand(8, nullptr, 0);
   extension.SetParameterValue(0, "1");

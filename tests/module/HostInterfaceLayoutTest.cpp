@@ -1,10 +1,11 @@
-// The host reads and writes the exchanged records by byte offset and calls the
-// extension's operations by vtable position; these tests look at both from the
-// host's side.
+// A host calls the extension's operations by vtable position and uses the
+// numeric codes of the host contract. (The record layouts are checked where
+// they are declared, in VQ_Ext.h.)
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 #include "vq/VQ_Ext.h"
 
@@ -21,200 +22,54 @@ std::size_t VtableSlot(MemberFunction member) {
   return (raw - 1) / sizeof(void*);
 }
 
+template <typename... Members>
+std::vector<std::size_t> Slots(Members... members) {
+  return {VtableSlot(members)...};
+}
+
 // The virtual destructor takes slots 0 and 1 (complete and deleting), so the
 // operation at host position N (N >= 2) sits in slot N.
 TEST(HostInterfaceOrder, OperationsSitAtTheirHostPositions) {
-  EXPECT_EQ(VtableSlot(&VQ_Ext::Initialize), 2u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::InitializeCamera), 3u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation4), 4u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation5), 5u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::GetExtensionName), 6u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::GetParameterCount), 7u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::GetParameterAttribute), 8u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation9), 9u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation10), 10u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation11), 11u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::PressParameterButton), 12u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::SetHostCallback), 13u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation14), 14u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::QueryCommand), 15u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ExecuteCommand), 16u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::GetCategoryCount), 17u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::GetCategoryName), 18u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::SetParameterValue), 19u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation20), 20u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation21), 21u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation22), 22u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation23), 23u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation24), 24u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation25), 25u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation26), 26u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation27), 27u);
-  EXPECT_EQ(VtableSlot(&VQ_Ext::ReservedOperation28), 28u);
+  using E = VQ_Ext;
+  const std::vector<std::size_t> slots = Slots(
+      &E::Initialize, &E::InitializeCamera, &E::ReservedOperation4, &E::ReservedOperation5,
+      &E::GetExtensionName, &E::GetParameterCount, &E::GetParameterAttribute,
+      &E::ReservedOperation9, &E::ReservedOperation10, &E::ReservedOperation11,
+      &E::PressParameterButton, &E::SetHostCallback, &E::ReservedOperation14, &E::QueryCommand,
+      &E::ExecuteCommand, &E::GetCategoryCount, &E::GetCategoryName, &E::SetParameterValue,
+      &E::ReservedOperation20, &E::ReservedOperation21, &E::ReservedOperation22,
+      &E::ReservedOperation23, &E::ReservedOperation24, &E::ReservedOperation25,
+      &E::ReservedOperation26, &E::ReservedOperation27, &E::ReservedOperation28);
+  for (std::size_t i = 0; i < slots.size(); ++i)
+    EXPECT_EQ(slots[i], i + 2) << "host position " << i + 2;
 }
 
-template <typename T>
-void PutAt(unsigned char* bytes, std::size_t offset, T value) {
-  std::memcpy(bytes + offset, &value, sizeof(value));
-}
-
-template <typename T>
-T GetAt(const unsigned char* bytes, std::size_t offset) {
-  T value;
-  std::memcpy(&value, bytes + offset, sizeof(value));
-  return value;
-}
-
-// A host that builds the record as raw bytes and a module that reads fields
-// must agree on every value.
-TEST(HostRecordLayout, CommandRecordFieldsAtTheirByteOffsets) {
-  unsigned char bytes[sizeof(CommandRecord)] = {};
-  int window = 0;
-  PutAt<std::int32_t>(bytes, 0, -1);
-  bytes[4] = 0xAB;
-  bytes[515] = 0xCD;
-  PutAt<std::uint32_t>(bytes, 516, 7);
-  PutAt<void*>(bytes, 520, &window);
-  PutAt<std::uint32_t>(bytes, 528, 3);
-  PutAt<std::uint32_t>(bytes, 532, 1);
-  PutAt<std::uint32_t>(bytes, 536, 0x01020304);
-
-  CommandRecord record;
-  static_assert(sizeof(record) == sizeof(bytes), "size");
-  std::memcpy(&record, bytes, sizeof(record));
-  EXPECT_EQ(record.openRequest, -1);
-  EXPECT_EQ(record.hostReserved[0], 0xAB);
-  EXPECT_EQ(record.hostReserved[511], 0xCD);
-  EXPECT_EQ(record.portIndex, 7u);
-  EXPECT_EQ(record.parentWindow, &window);
-  EXPECT_EQ(record.openStatus, 3u);
-  EXPECT_EQ(record.alwaysShowSelector, 1u);
-  EXPECT_EQ(record.showSelectorWhenNoMatch, 0x01020304u);
-}
-
-TEST(HostRecordLayout, SerialRequestRecordFieldsAtTheirByteOffsets) {
-  SerialRequestRecord record{};
-  unsigned char buffer[4];
-  record.portIndex = 2;
-  record.status = -10004;
-  record.timeout = 500;
-  record.value = 4;
-  record.data = buffer;
-  unsigned char bytes[32];
-  std::memcpy(bytes, &record, sizeof(bytes));
-  EXPECT_EQ(GetAt<std::uint32_t>(bytes, 0), 2u);
-  EXPECT_EQ(GetAt<std::int32_t>(bytes, 4), -10004);
-  EXPECT_EQ(GetAt<std::uint32_t>(bytes, 8), 500u);
-  EXPECT_EQ(GetAt<std::uint32_t>(bytes, 12), 0u);
-  EXPECT_EQ(GetAt<std::uint32_t>(bytes, 16), 4u);
-  EXPECT_EQ(GetAt<std::uint32_t>(bytes, 20), 0u);
-  EXPECT_EQ(GetAt<void*>(bytes, 24), static_cast<void*>(buffer));
-}
-
-TEST(HostRecordLayout, PortInformationBlockCameraTextAndFlag) {
-  static unsigned char bytes[6176];
-  std::memset(bytes, 'x', sizeof(bytes));
-  std::memcpy(bytes + 4108, "KORVA-1024", 11);
-  PutAt<std::uint32_t>(bytes, 6160, 1);
-  static PortInformationBlock block;
-  std::memcpy(&block, bytes, sizeof(block));
-  EXPECT_STREQ(block.cameraText, "KORVA-1024");
-  EXPECT_EQ(block.cameraTextValid, 1u);
-  EXPECT_EQ(block.hostTexts[4107], 'x');
-}
-
-TEST(HostRecordLayout, EntryBlocksLieBackToBack) {
-  EntryBlock blocks[2] = {};
-  blocks[1].value = 0x11223344;
-  std::memcpy(blocks[1].name, "False", 6);
-  const auto* bytes = reinterpret_cast<const unsigned char*>(blocks);
-  EXPECT_EQ(GetAt<std::uint32_t>(bytes, 1548), 0x11223344u);
-  EXPECT_STREQ(reinterpret_cast<const char*>(bytes + 1548 + 4), "False");
-  EXPECT_EQ(GetAt<std::uint32_t>(bytes, 1548 + 1540), 0u);
-  EXPECT_EQ(GetAt<std::uint32_t>(bytes, 1548 + 1544), 0u);
-}
-
-TEST(HostRecordLayout, ParameterRecordsAreContiguousAt776Bytes) {
-  ParameterRecordList list(3);
-  for (std::size_t i = 0; i < list.size(); ++i) std::memset(list[i].bytes, int(i + 1), 776);
-  const auto* bytes = reinterpret_cast<const unsigned char*>(list.data());
-  EXPECT_EQ(bytes[0], 1);
-  EXPECT_EQ(bytes[775], 1);
-  EXPECT_EQ(bytes[776], 2);
-  EXPECT_EQ(bytes[2 * 776], 3);
-}
-
-TEST(HostRecordLayout, ParameterTextsQueryCarriesTheHostListAtByte8) {
-  std::vector<ParameterTextItem> texts;
-  unsigned char bytes[16] = {};
-  PutAt<std::uint32_t>(bytes, 0, 5);
-  PutAt<std::vector<ParameterTextItem>*>(bytes, 8, &texts);
-  ParameterTextsQuery query;
-  std::memcpy(&query, bytes, sizeof(query));
-  EXPECT_EQ(query.parameterIndex, 5u);
-  EXPECT_EQ(query.texts, &texts);
-}
-
-struct CodeRow {
-  std::uint32_t actual;
-  std::uint32_t expected;
-};
+using Codes = std::vector<std::uint32_t>;
 
 TEST(HostIdentifiers, NumericValuesMatchTheHostContract) {
-  const CodeRow rows[] = {
-      {HOST_MESSAGE, 7},
-      {HOST_FEATURE_CHANGED, 9},
-      {HOST_SERIAL_REQUEST, 22},
-      {HOST_SELECTOR_STATE, 26},
-      {MESSAGE_FAILURE, 0},
-      {MESSAGE_INFORMATION, 2},
-      {MESSAGE_DEVICE_ERROR, 3},
-      {SERIAL_QUERY_PORT_INFO, 6},
-      {SERIAL_SELECT_PORT, 8},
-      {SERIAL_IS_PORT_ALIVE, 14},
-      {SERIAL_READ, 16},
-      {SERIAL_WRITE, 17},
-      {SERIAL_GET_BAUD_RATES, 18},
-      {SERIAL_SET_BAUD_RATE, 20},
-      {SERIAL_REPORT_PROBE_FAILURE, 22},
-      {CMD_OPEN_CAMERA, 25},
-      {CMD_REFRESH_PARAMETER, 26},
-      {CMD_MAX_BAUD_RATE, 31},
-      {CMD_CURRENT_BAUD_RATE, 32},
-      {CMD_SET_BAUD_RATE, 33},
-      {CMD_VISIBILITY_LEVEL, 48},
-      {CMD_PARAMETER_TEXTS, 49},
-      {CMD_MODEL_NAME, 50},
-      {CMD_CAN_SAVE_CONFIGURATION, 51},
-      {CMD_SAVE_CONFIGURATION, 52},
-      {CMD_HELP_FILE_NAME, 53},
-      {CMD_IS_PARAMETER_VISIBLE, 54},
-      {PARAM_DISPLAY_NAME, 0},
-      {PARAM_CATEGORY_INDEX, 1},
-      {PARAM_VALUE_TEXT, 2},
-      {PARAM_MINIMUM, 3},
-      {PARAM_MAXIMUM, 4},
-      {PARAM_INCREMENT, 5},
-      {PARAM_ENTRY_LIST, 6},
-      {PARAM_ENTRY_COUNT, 7},
-      {PARAM_WRITABLE, 8},
-      {PARAM_RESERVED9, 9},
-      {PARAM_VALUE_KIND, 10},
-      {PARAM_CONSTANT_FOUR, 11},
-      {PARAM_IDENTIFIER, 12},
-      {PARAM_DECIMALS, 13},
-      {VALUE_KIND_NUMBER, 0},
-      {VALUE_KIND_TEXT, 1},
-      {VALUE_KIND_LIST, 2},
-      {VALUE_KIND_BUTTON, 4},
-      {OPEN_CONNECTED, 0},
-      {OPEN_FAILED, 1},
-      {OPEN_NO_SELECTION, 2},
-      {OPEN_NOTHING_TO_LOAD, 3},
-  };
-  for (const CodeRow& row : rows) EXPECT_EQ(row.actual, row.expected);
-  EXPECT_EQ(PARAMETER_IDENTIFIER_BIT, 0x80000000u);
-  EXPECT_EQ(VISIBILITY_LEVEL_DATA_SIZE, 516u);
+  EXPECT_EQ((Codes{HOST_MESSAGE, HOST_FEATURE_CHANGED, HOST_SERIAL_REQUEST, HOST_SELECTOR_STATE}),
+            (Codes{7, 9, 22, 26}));
+  EXPECT_EQ((Codes{MESSAGE_FAILURE, MESSAGE_INFORMATION, MESSAGE_DEVICE_ERROR}), (Codes{0, 2, 3}));
+  EXPECT_EQ((Codes{SERIAL_QUERY_PORT_INFO, SERIAL_SELECT_PORT, SERIAL_IS_PORT_ALIVE, SERIAL_READ,
+                   SERIAL_WRITE, SERIAL_GET_BAUD_RATES, SERIAL_SET_BAUD_RATE,
+                   SERIAL_REPORT_PROBE_FAILURE}),
+            (Codes{6, 8, 14, 16, 17, 18, 20, 22}));
+  EXPECT_EQ((Codes{CMD_OPEN_CAMERA, CMD_REFRESH_PARAMETER, CMD_MAX_BAUD_RATE, CMD_CURRENT_BAUD_RATE,
+                   CMD_SET_BAUD_RATE, CMD_VISIBILITY_LEVEL, CMD_PARAMETER_TEXTS, CMD_MODEL_NAME,
+                   CMD_CAN_SAVE_CONFIGURATION, CMD_SAVE_CONFIGURATION, CMD_HELP_FILE_NAME,
+                   CMD_IS_PARAMETER_VISIBLE}),
+            (Codes{25, 26, 31, 32, 33, 48, 49, 50, 51, 52, 53, 54}));
+  EXPECT_EQ((Codes{PARAM_DISPLAY_NAME, PARAM_CATEGORY_INDEX, PARAM_VALUE_TEXT, PARAM_MINIMUM,
+                   PARAM_MAXIMUM, PARAM_INCREMENT, PARAM_ENTRY_LIST, PARAM_ENTRY_COUNT,
+                   PARAM_WRITABLE, PARAM_RESERVED9, PARAM_VALUE_KIND, PARAM_CONSTANT_FOUR,
+                   PARAM_IDENTIFIER, PARAM_DECIMALS}),
+            (Codes{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}));
+  EXPECT_EQ((Codes{VALUE_KIND_NUMBER, VALUE_KIND_TEXT, VALUE_KIND_LIST, VALUE_KIND_BUTTON}),
+            (Codes{0, 1, 2, 4}));
+  EXPECT_EQ((Codes{OPEN_CONNECTED, OPEN_FAILED, OPEN_NO_SELECTION, OPEN_NOTHING_TO_LOAD}),
+            (Codes{0, 1, 2, 3}));
+  EXPECT_EQ((Codes{PARAMETER_IDENTIFIER_BIT, VISIBILITY_LEVEL_DATA_SIZE}),
+            (Codes{0x80000000u, 516}));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,12 +19,12 @@ namespace {
 // Leaves of the tree for the driver's templates: (1) A2040M, (2) L4096.
 const char kAreaLeaf[] = "1";
 const char kLineLeaf[] = "2";
-const char kEnterScreen[] = "\x1b[?1049h";  // each showing of the dialog
 
 class OpenWithSelector : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(pty_.Open());
+    dialog_.emplace("VQ_DIALOG", "tty:" + pty_.SlavePath());
     host_.Attach(1, &camera_);
   }
 
@@ -39,82 +40,68 @@ class OpenWithSelector : public ::testing::Test {
     });
     std::string screen;
     for (std::size_t showing = 0; showing < answers.size(); ++showing) {
-      while (Count(screen, kEnterScreen) <= showing || !EndsFrame(screen)) {
-        const std::string more = ReadUntil(pty_, "Keys:", 2000);
-        if (more.empty() && open.wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
-          ADD_FAILURE() << "the dialog was shown " << showing << " times, expected "
-                        << answers.size();
-          return status;
-        }
-        screen += more;
+      if (!ReadDialogScreen(pty_, screen, showing + 1)) {
+        ADD_FAILURE() << "the dialog was shown " << showing << " times, expected "
+                      << answers.size();
+        pty_.Close();  // a hung-up terminal closes the dialog
+        break;
       }
       EXPECT_TRUE(pty_.Write(answers[showing].data(), answers[showing].size()));
     }
     if (open.wait_for(std::chrono::seconds(60)) != std::future_status::ready) {
       ADD_FAILURE() << "the open did not end";
-      pty_.Close();  // a hung-up terminal closes the dialog
+      pty_.Close();
     }
     open.get();
     screen += ReadUntil(pty_, "\x1b[?1049l", 500);
-    EXPECT_EQ(Count(screen, kEnterScreen), answers.size()) << "dialog showings";
+    EXPECT_EQ(CountOf(screen, kEnterScreen), answers.size()) << "dialog showings";
     return status;
   }
 
-  static std::size_t Count(const std::string& text, const std::string& what) {
-    std::size_t count = 0;
-    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) {
-      ++count;
-    }
-    return count;
-  }
-  // The last frame is drawn up to its key help line.
-  static bool EndsFrame(const std::string& screen) {
-    const std::size_t keys = screen.rfind("Keys:");
-    return keys != std::string::npos && keys > screen.rfind(kEnterScreen) &&
-           screen.find('\n', keys) != std::string::npos;
-  }
-
   platform::PseudoTerminal pty_;
+  std::optional<ScopedEnv> dialog_;
   SimulatedLink camera_{KorvaAreaProfile()};
   TestHost host_;
 };
 
-TEST_F(OpenWithSelector, ChosenTemplateOfAnotherFamilyIsRefusedThenTheRightOneLoads) {
-  ScopedEnv dialog("VQ_DIALOG", "tty:" + pty_.SlavePath());
-  host_.cameraText = "A2040M";  // matches: the family AreaScan is detected
-  const std::uint32_t status =
-      OpenWithAnswers(1, 0, {std::string(kLineLeaf) + "\r", std::string(kAreaLeaf) + "\r"});
-  EXPECT_EQ(status, 0u);
-  ASSERT_EQ(host_.messages.size(), 2u);
-  EXPECT_EQ(host_.messages[0].level, MESSAGE_FAILURE);
-  EXPECT_EQ(host_.messages[0].text,
-            "XML Camera File chosen KORVA#LineScan#L4096 does not belong to the family of cameras "
-            "you are using: AreaScan");
-  EXPECT_EQ(host_.messages[1].level, MESSAGE_INFORMATION);
-  EXPECT_EQ(host_.messages[1].text, "XML Camera file for device: KORVA#AreaScan#A2040M is loaded");
-  EXPECT_EQ(host_.selectorStates, (std::vector<std::uint32_t>{0, 0}));
-  EXPECT_TRUE(host_.probeFailurePorts.empty());
-  EXPECT_GT(host_.Extension().GetParameterCount(), 0u);
-}
-
-TEST_F(OpenWithSelector, FailedProbeReportsRequest22AndShowsTheDialogAgain) {
-  ScopedEnv dialog("VQ_DIALOG", "tty:" + pty_.SlavePath());
-  // No camera text: no family is detected, the line-scan template reaches the
-  // probe, which the area-scan camera does not answer to.
-  const std::uint32_t status =
-      OpenWithAnswers(0, 1, {std::string(kLineLeaf) + "\r", std::string(kAreaLeaf) + "\r"});
-  EXPECT_EQ(status, 0u);
-  ASSERT_EQ(host_.messages.size(), 2u);
-  EXPECT_EQ(host_.messages[0].level, MESSAGE_FAILURE);
-  EXPECT_EQ(host_.messages[0].text,
-            "The Camera do not support this the device ID: KORVA#LineScan#L4096");
-  EXPECT_EQ(host_.messages[1].text, "XML Camera file for device: KORVA#AreaScan#A2040M is loaded");
-  EXPECT_EQ(host_.probeFailurePorts, std::vector<std::uint32_t>{1});
-  EXPECT_EQ(host_.selectorStates, (std::vector<std::uint32_t>{1, 1}));
+// The line-scan template chosen first, then the area-scan one. With the
+// camera text the family AreaScan is detected and the choice refused; without
+// it the line-scan template reaches the probe, which the area-scan camera does
+// not answer to: request 22, and the dialog is shown again.
+TEST_F(OpenWithSelector, WrongTemplateIsRefusedOrFailsItsProbeThenTheRightOneLoads) {
+  const struct {
+    const char* cameraText;
+    std::uint32_t always, whenNoMatch;
+    const char* refusal;  // level 0
+    std::vector<std::uint32_t> probeFailurePorts;
+  } rows[] = {
+      {"A2040M",
+       1,
+       0,
+       "XML Camera File chosen KORVA#LineScan#L4096 does not belong to the family of "
+       "cameras you are using: AreaScan",
+       {}},
+      {"", 0, 1, "The Camera do not support this the device ID: KORVA#LineScan#L4096", {1}}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.refusal);
+    host_.ClearRecords();
+    host_.cameraText = row.cameraText;
+    EXPECT_EQ(OpenWithAnswers(row.always, row.whenNoMatch,
+                              {std::string(kLineLeaf) + "\r", std::string(kAreaLeaf) + "\r"}),
+              0u);
+    ASSERT_EQ(host_.messages.size(), 2u);
+    EXPECT_EQ(host_.messages[0].level, MESSAGE_FAILURE);
+    EXPECT_EQ(host_.messages[0].text, row.refusal);
+    EXPECT_EQ(host_.messages[1].level, MESSAGE_INFORMATION);
+    EXPECT_EQ(host_.messages[1].text,
+              "XML Camera file for device: KORVA#AreaScan#A2040M is loaded");
+    EXPECT_EQ(host_.probeFailurePorts, row.probeFailurePorts);
+    EXPECT_EQ(host_.selectorStates, std::vector<std::uint32_t>(2, row.whenNoMatch));
+    EXPECT_GT(host_.Extension().GetParameterCount(), 0u);
+  }
 }
 
 TEST_F(OpenWithSelector, LoadWithoutSelectionCloseAndTheCheckBox) {
-  ScopedEnv dialog("VQ_DIALOG", "tty:" + pty_.SlavePath());
   struct Step {
     const char* keys;
     std::uint32_t whenNoMatch;
@@ -123,15 +110,14 @@ TEST_F(OpenWithSelector, LoadWithoutSelectionCloseAndTheCheckBox) {
     std::uint32_t checkBox;
   };
   const Step steps[] = {
-      {"\r", 1, 0, 2, 1},  // Load, nothing selected, nothing loaded yet
-      {" q", 1, 1, 3, 0},  // the check box unticked, then Close
+      {"\r", 1, 0, 2, 1},   // Load, nothing selected, nothing loaded yet
+      {" q", 1, 1, 3, 0},   // the check box unticked, then Close
       {" \r", 0, 0, 2, 1},  // ticked; Load without a selection, still nothing loaded
   };
   for (const Step& step : steps) {
     host_.ClearRecords();
     std::int32_t result = -1;
-    EXPECT_EQ(OpenWithAnswers(1, step.whenNoMatch, {step.keys}, &result), step.status)
-        << step.keys;
+    EXPECT_EQ(OpenWithAnswers(1, step.whenNoMatch, {step.keys}, &result), step.status) << step.keys;
     EXPECT_EQ(result, step.result) << step.keys;
     EXPECT_EQ(host_.selectorStates, std::vector<std::uint32_t>{step.checkBox}) << step.keys;
     EXPECT_TRUE(host_.messages.empty());

@@ -1,8 +1,8 @@
 // The camera services behind QueryCommand and ExecuteCommand, through the host
 // interface: visibility level, parameter texts, model and help file names,
-// configuration save, parameters named by the protocol driver, the baud rate
-// (in process and over a pseudo-terminal with vqcam-sim), and every operation
-// before a camera is open or even created.
+// configuration save, parameters named by the protocol driver and the baud
+// rate's entries and refusals. (The baud rate switched over a pseudo-terminal
+// with vqcam-sim: OpenCameraHostTest.)
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,25 +11,12 @@
 #include <string>
 #include <vector>
 
-#include "SimProcess.h"
 #include "support/DescriptionText.h"
 #include "support/ForwardingLink.h"
 #include "support/HostCamera.h"
 
 namespace vq::test {
 namespace {
-
-std::string QueryText(VQ_Ext& ext, std::uint32_t id, std::uint32_t size) {
-  std::vector<char> buffer(size + 1, '#');
-  buffer[size] = '\0';
-  return ext.QueryCommand(id, buffer.data(), size) ? std::string(buffer.data()) : "#";
-}
-
-std::uint32_t QueryWord(VQ_Ext& ext, std::uint32_t id) {
-  std::uint32_t word = 0xEEEEEEEE;
-  EXPECT_EQ(ext.QueryCommand(id, &word, sizeof word), 1) << id;
-  return word;
-}
 
 class KorvaServices : public ::testing::Test {
  protected:
@@ -49,13 +36,14 @@ TEST_F(KorvaServices, VisibilityLevelIsQueriedAndSetByName) {
     std::uint32_t size;
     std::int32_t result;
     const char* level;  // queried afterwards
-  } rows[] = {
-      {"guru", 5, 0, "Guru"},        {"expert", 516, 1, "Expert"},
-      {"GURU", 516, 1, "Guru"},      {"BeGiNnEr", 516, 1, "Beginner"},
-      {"invisible", 516, 1, "Invisible"},
-      {"Guru ", 516, 0, "Beginner"},  // any other text sets Beginner
-      {"Expert", 517, 0, "Beginner"}, {"", 516, 0, "Beginner"},
-  };
+  } rows[] = {{"guru", 5, 0, "Guru"},
+              {"expert", 516, 1, "Expert"},
+              {"GURU", 516, 1, "Guru"},
+              {"BeGiNnEr", 516, 1, "Beginner"},
+              {"invisible", 516, 1, "Invisible"},
+              {"Guru ", 516, 0, "Beginner"},  // any other text sets Beginner
+              {"Expert", 517, 0, "Beginner"},
+              {"", 516, 0, "Beginner"}};
   for (const auto& row : rows) {
     std::vector<char> data(row.size + 1, '\0');
     std::strncpy(data.data(), row.name, row.size);
@@ -96,6 +84,22 @@ TEST_F(KorvaServices, ModelAndHelpFileNames) {
   EXPECT_EQ(QueryText(Ext(), CMD_HELP_FILE_NAME, 64), "KORVA_A2040M.chm");
   EXPECT_EQ(QueryText(Ext(), CMD_HELP_FILE_NAME, 8), "KORVA_A");
   EXPECT_EQ(Ext().QueryCommand(CMD_MODEL_NAME, nullptr, 64), 0);
+  // Sizes of no buffer (0, or 2^31 and above): answered, nothing written.
+  for (std::uint32_t id : {CMD_MODEL_NAME, CMD_HELP_FILE_NAME}) {
+    for (std::uint32_t size : {0u, 0x80000000u, 0xFFFFFFFFu}) {
+      char text[32] = "#";
+      EXPECT_EQ(Ext().QueryCommand(id, text, size), 1) << id << " size " << size;
+      EXPECT_STREQ(text, "#") << id << " size " << size;
+    }
+  }
+}
+
+TEST_F(KorvaServices, BaudRatesOutsideTheTableAndNullBuffersAreRefused) {
+  std::uint32_t unknown = 256;
+  EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, &unknown, 4), 0);
+  EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, nullptr, 4), 0);
+  EXPECT_EQ(Ext().QueryCommand(CMD_MAX_BAUD_RATE, nullptr, 4), 0);
+  EXPECT_EQ(QueryWord(Ext(), CMD_CURRENT_BAUD_RATE), 1u);
 }
 
 TEST_F(KorvaServices, SavedConfigurationReachesTheCamerasStore) {
@@ -117,12 +121,9 @@ TEST_F(KorvaServices, ParametersNamedByTheDriver) {
     std::int32_t visible;
     std::int32_t refreshed;
   } rows[] = {
-      {"Width", 1, 1},
-      {"KORVAServiceMode", 0, 1},  // invisible feature
-      {"NoSuchParameter", 0, 0},
-      {"GCPVersion", 0, 0},        // never shown, whatever the driver knows
-      {"gcpWidth", 0, 0},
-      {"", 0, 1},                  // nothing to refresh
+      {"Width", 1, 1},           {"KORVAServiceMode", 0, 1},  // invisible feature
+      {"NoSuchParameter", 0, 0}, {"GCPVersion", 0, 0},  // never shown, whatever the driver knows
+      {"gcpWidth", 0, 0},        {"", 0, 1},            // nothing to refresh
   };
   for (const auto& row : rows) {
     EXPECT_EQ(Ext().QueryCommand(CMD_IS_PARAMETER_VISIBLE, const_cast<char*>(row.name), 0),
@@ -151,70 +152,6 @@ TEST_F(KorvaServices, RefreshForcesTheNextReadToTheCamera) {
   EXPECT_EQ(readsOf(), 0u);
 }
 
-TEST_F(KorvaServices, BaudRatesInProcess) {
-  EXPECT_EQ(QueryWord(Ext(), CMD_MAX_BAUD_RATE), 128u);
-  EXPECT_EQ(QueryWord(Ext(), CMD_CURRENT_BAUD_RATE), 1u);
-  std::uint32_t unknown = 256;
-  EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, &unknown, 4), 0);
-  EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, nullptr, 4), 0);
-  EXPECT_EQ(Ext().QueryCommand(CMD_MAX_BAUD_RATE, nullptr, 4), 0);
-}
-
-TEST_F(KorvaServices, BaudRateSwitchKeepsBothSidesOfTheLineInStep) {
-  // The camera and the host's port change together: the camera keeps
-  // answering at each rate and no byte arrives at a rate the other side left.
-  for (std::uint32_t bit : {16u, 1u}) {
-    std::uint32_t rate = bit;
-    EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, &rate, sizeof rate), 1) << bit;
-    EXPECT_EQ(QueryWord(Ext(), CMD_CURRENT_BAUD_RATE), bit);
-    EXPECT_EQ(camera.Simulator().device().baudRate(), bit);
-    EXPECT_EQ(camera.Simulator().hostBaudRate(), bit);
-  }
-  EXPECT_EQ(camera.Simulator().stats().garbledBytes, 0u);
-}
-
-// The camera served by the vqcam-sim program on a pseudo-terminal: rates are
-// negotiated over a real serial line.
-TEST(BaudRateOverPty, NegotiatedSwitchedAndReadBack) {
-  SimProcess program;
-  std::string error;
-  ASSERT_TRUE(program.Start(VQ_SIM_PROGRAM, std::string(VQ_SOURCE_DIR) + "/examples/korva-area",
-                            &error))
-      << error;
-  SerialDeviceLink line(program.DevicePath());
-  ASSERT_TRUE(line.IsOpen());
-  platform::SetEnv("VQ_DIALOG", "none");
-  TestHost host;
-  host.cameraText = kKorvaModel;
-  host.Attach(0, &line);
-  std::uint32_t status = 9;
-  ASSERT_EQ(host.Open(0, 0, 0, &status), 1);
-  ASSERT_EQ(status, 0u);
-  VQ_Ext& ext = host.Extension();
-
-  // The fastest rate both the line and the camera (all eight rates) offer.
-  std::uint32_t common = 1;
-  for (std::uint32_t bit = 1; bit <= 128; bit <<= 1) {
-    if (line.SupportedBaudRates() & bit) common = bit;
-  }
-  EXPECT_EQ(QueryWord(ext, CMD_MAX_BAUD_RATE), common);
-  EXPECT_EQ(QueryWord(ext, CMD_CURRENT_BAUD_RATE), 1u);
-  for (std::uint32_t bit : {16u, 1u}) {
-    host.ClearRecords();
-    std::uint32_t rate = bit;
-    EXPECT_EQ(ext.ExecuteCommand(CMD_SET_BAUD_RATE, &rate, sizeof rate), 1) << bit;
-    EXPECT_EQ(QueryWord(ext, CMD_CURRENT_BAUD_RATE), bit);
-    // The host's own port was switched too (request 20).
-    const auto& requests = host.serialRequests;
-    EXPECT_NE(std::find(requests.begin(), requests.end(), SERIAL_SET_BAUD_RATE), requests.end());
-  }
-  EXPECT_EQ(ext.GetParameterCount(), 77u);  // the line still carries the camera's answers
-  char model[16] = {};
-  EXPECT_EQ(ext.QueryCommand(CMD_MODEL_NAME, model, sizeof model), 1);
-  EXPECT_STREQ(model, "A2040M");
-  EXPECT_TRUE(host.messages.empty());
-}
-
 // A frame grabber whose port offers the rates of `mask`.
 class MaskedLink : public ForwardingLink {
  public:
@@ -241,8 +178,8 @@ TEST(BaudRateEntries, NamesIgnoreCaseAndUnknownNamesCountAsNoRate) {
   camera.host.Attach(0, &port);
   ASSERT_TRUE(camera.Open());
   VQ_Ext& ext = camera.Ext();
-  for (const auto& row : {std::pair<std::uint32_t, std::uint32_t>{17, 16}, {0, 1}, {0xFF, 16},
-                          {0x41, 1}}) {
+  for (const auto& row :
+       {std::pair<std::uint32_t, std::uint32_t>{17, 16}, {0, 1}, {0xFF, 16}, {0x41, 1}}) {
     port.mask = row.first;
     EXPECT_EQ(QueryWord(ext, CMD_MAX_BAUD_RATE), row.second) << row.first;
   }
@@ -255,79 +192,13 @@ TEST(BaudRateEntries, NamesIgnoreCaseAndUnknownNamesCountAsNoRate) {
       {16, 1, 16, 16},
       {128, 0, 16, 16},  // no entry for it: nothing written
       {1, 1, 1, 1},
-      {0, 1, 64, 0},     // bit 0 is the name outside the table, which reads as 0
+      {0, 1, 64, 0},  // bit 0 is the name outside the table, which reads as 0
   };
   for (const auto& row : rows) {
     std::uint32_t bit = row.bit;
     EXPECT_EQ(ext.ExecuteCommand(CMD_SET_BAUD_RATE, &bit, sizeof bit), row.result) << row.bit;
     EXPECT_EQ(camera.Register(0x40000, 4), row.current) << row.bit;
     EXPECT_EQ(QueryWord(ext, CMD_CURRENT_BAUD_RATE), row.queried) << row.bit;
-  }
-}
-
-TEST(HelpFile, UnnamedModelGivesOnlyTheExtension) {
-  std::string text = Description(R"(
-  <Category Name="Root"><pFeature>Value</pFeature></Category>
-  <Integer Name="Value"><Value>1</Value></Integer>)");
-  text.replace(text.find("ModelName=\"ModuleTest\""), 22, "ModelName=\"\"");
-  HostCamera camera(ProfileForDescription(text, kKorvaModel));
-  ASSERT_TRUE(camera.Open());
-  EXPECT_EQ(QueryText(camera.Ext(), CMD_HELP_FILE_NAME, 64), ".chm");
-}
-
-// Every operation while the camera exists but no camera is open.
-TEST(ServicesWithoutCamera, AnswerWithoutTouchingTheHost) {
-  TestHost host;
-  VQ_Ext& ext = host.Extension();
-  EXPECT_EQ(ext.GetParameterCount(), 0u);
-  EXPECT_EQ(ext.GetCategoryCount(), 0u);
-  char buffer[600] = {};
-  std::uint32_t value = 7;
-  EXPECT_EQ(ext.GetCategoryName(0, buffer, 64, nullptr, 0, &value), 0);
-  EXPECT_EQ(value, 0u);
-  for (std::uint32_t code = 0; code <= 13; ++code) {
-    EXPECT_EQ(ext.GetParameterAttribute(0, code, buffer, 4), 0);
-  }
-  EXPECT_EQ(ext.SetParameterValue(0, "1"), 0);
-  EXPECT_EQ(ext.PressParameterButton(nullptr, 0), 0);
-  EXPECT_EQ(QueryWord(ext, CMD_MAX_BAUD_RATE), 1u);
-  EXPECT_EQ(QueryWord(ext, CMD_CURRENT_BAUD_RATE), 1u);
-  EXPECT_EQ(QueryText(ext, CMD_VISIBILITY_LEVEL, 516), "Guru");
-  std::vector<ParameterTextItem> texts;
-  ParameterTextsQuery query{0, 0, &texts};
-  EXPECT_EQ(ext.QueryCommand(CMD_PARAMETER_TEXTS, &query, 16), 0);
-  EXPECT_TRUE(texts.empty());
-  std::memset(buffer, '#', sizeof buffer);
-  EXPECT_EQ(ext.QueryCommand(CMD_MODEL_NAME, buffer, 64), 1);
-  EXPECT_EQ(buffer[0], '#');
-  EXPECT_EQ(ext.QueryCommand(CMD_CAN_SAVE_CONFIGURATION, buffer, 4), 0);
-  EXPECT_EQ(ext.QueryCommand(CMD_HELP_FILE_NAME, buffer, 64), 0);
-  EXPECT_EQ(ext.QueryCommand(CMD_IS_PARAMETER_VISIBLE, const_cast<char*>("Width"), 6), 0);
-  EXPECT_EQ(ext.ExecuteCommand(CMD_REFRESH_PARAMETER, const_cast<char*>(""), 1), 0);
-  std::uint32_t bit = 1;
-  EXPECT_EQ(ext.ExecuteCommand(CMD_SET_BAUD_RATE, &bit, 4), 0);
-  EXPECT_EQ(ext.ExecuteCommand(CMD_SAVE_CONFIGURATION, nullptr, 0), 0);
-  EXPECT_TRUE(host.messages.empty());
-  EXPECT_TRUE(host.serialRequests.empty());
-}
-
-// A host that never called InitializeCamera: no camera object at all.
-TEST(ServicesWithoutCamera, BeforeInitializeCameraEverythingIsRefused) {
-  std::unique_ptr<VQ_Ext> ext(CreateModuleExtension());
-  ASSERT_NE(ext, nullptr);
-  char buffer[600] = {};
-  std::uint32_t value = 7;
-  EXPECT_EQ(ext->GetParameterCount(), 0u);
-  EXPECT_EQ(ext->GetCategoryCount(), 0u);
-  EXPECT_EQ(ext->GetCategoryName(0, buffer, 64, nullptr, 0, &value), 0);
-  EXPECT_EQ(ext->GetParameterAttribute(0, PARAM_CONSTANT_FOUR, buffer, 4), 0);
-  EXPECT_EQ(ext->SetParameterValue(0, "1"), 0);
-  EXPECT_EQ(ext->PressParameterButton(nullptr, 0), 0);
-  for (std::uint32_t id : {31u, 32u, 48u, 49u, 50u, 51u, 53u, 54u}) {
-    EXPECT_EQ(ext->QueryCommand(id, buffer, sizeof buffer), 0) << id;
-  }
-  for (std::uint32_t id : {26u, 33u, 48u, 52u}) {
-    EXPECT_EQ(ext->ExecuteCommand(id, buffer, 516), 0) << id;
   }
 }
 

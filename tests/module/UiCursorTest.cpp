@@ -35,8 +35,7 @@ struct ImmediateCase {
 TEST_F(CursorOnPty, WithoutWindowSetsAtOnceAndRestores) {
   const ImmediateCase cases[] = {
       {"wait cursor", ui::kWaitCursor, true},
-      {"resource name the module lacks", ui::CursorName("NoSuchCursor"), false},
-  };
+      {"resource name the module lacks", ui::CursorName("NoSuchCursor"), false}};
   for (const ImmediateCase& c : cases) {
     SCOPED_TRACE(c.name);
     const ui::HCURSOR before = ui::GetCursor();
@@ -119,11 +118,9 @@ TEST(CursorControllingTerminal, PointerOnlyOnAControllingTerminal) {
     const char* dialogSetting;  // null: unset
     std::string expected;
   };
-  const Case cases[] = {
-      {"controlling terminal", true, nullptr, kBusyShape + kTerminalShape},
-      {"no terminal", false, nullptr, ""},
-      {"VQ_DIALOG=none shows no pointer", true, "none", ""},
-  };
+  const Case cases[] = {{"controlling terminal", true, nullptr, kBusyShape + kTerminalShape},
+                        {"no terminal", false, nullptr, ""},
+                        {"VQ_DIALOG=none shows no pointer", true, "none", ""}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     platform::PseudoTerminal pty;

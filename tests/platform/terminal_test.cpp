@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <string>
+#include <utility>
 
 #include "vq/platform/pseudo_terminal.h"
 
@@ -25,27 +26,18 @@ class StdinReplacement {
   int saved_;
 };
 
-TEST(TerminalTest, StdinOnAPseudoTerminalIsATerminal) {
+TEST(TerminalTest, StdinIsATerminalOnAPseudoTerminalOnly) {
   vq::platform::PseudoTerminal pty;
   ASSERT_TRUE(pty.Open());
+  int pipeEnds[2];
+  ASSERT_EQ(pipe(pipeEnds), 0);
   const int slave = open(pty.SlavePath().c_str(), O_RDWR | O_NOCTTY);
   ASSERT_GE(slave, 0);
-  {
-    StdinReplacement replacement(slave);
-    EXPECT_TRUE(vq::platform::IsStdinTerminal());
+  for (const auto& [fd, terminal] : {std::pair{slave, true}, std::pair{pipeEnds[0], false}}) {
+    StdinReplacement replacement(fd);
+    EXPECT_EQ(vq::platform::IsStdinTerminal(), terminal) << (terminal ? "terminal" : "pipe");
   }
-  close(slave);
-}
-
-TEST(TerminalTest, StdinOnAPipeIsNotATerminal) {
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
-  {
-    StdinReplacement replacement(ends[0]);
-    EXPECT_FALSE(vq::platform::IsStdinTerminal());
-  }
-  close(ends[0]);
-  close(ends[1]);
+  for (int fd : {slave, pipeEnds[0], pipeEnds[1]}) close(fd);
   // Whatever ctest gives us, asking must not fail.
   (void)vq::platform::IsStdoutTerminal();
   (void)vq::platform::IsStderrTerminal();

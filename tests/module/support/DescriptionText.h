@@ -1,6 +1,8 @@
-// Description texts for tests.
+// Description texts for tests: made up, or read from a file.
 #pragma once
 
+#include <fstream>
+#include <sstream>
 #include <string>
 
 namespace vq::test {
@@ -28,6 +30,14 @@ inline std::string IntRegNode(const char* name, int address, int length,
          "</Address><Length>" + std::to_string(length) + "</Length><AccessMode>" + access +
          "</AccessMode><pPort>Device</pPort><Sign>Unsigned</Sign>"
          "<Endianess>BigEndian</Endianess></IntReg>\n";
+}
+
+// The whole content of a file; empty when it cannot be read.
+inline std::string ReadTextFile(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  std::ostringstream text;
+  text << stream.rdbuf();
+  return text.str();
 }
 
 }  // namespace vq::test

@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "support/TestHost.h"
 #include "vq/platform/environment.h"
@@ -15,6 +16,30 @@ namespace vq::test {
 
 // The simulated KORVA identity the GenCP driver's template list knows.
 constexpr const char* kKorvaModel = "A2040M";
+
+// A text query's answer in a buffer of `size` bytes pre-filled with '#'; "#"
+// when refused.
+inline std::string QueryText(VQ_Ext& ext, std::uint32_t id, std::uint32_t size) {
+  std::vector<char> buffer(size + 1, '#');
+  buffer[size] = '\0';
+  return ext.QueryCommand(id, buffer.data(), size) ? std::string(buffer.data()) : "#";
+}
+
+inline std::uint32_t QueryWord(VQ_Ext& ext, std::uint32_t id) {
+  std::uint32_t word = 0xEEEEEEEE;
+  EXPECT_EQ(ext.QueryCommand(id, &word, sizeof word), 1) << id;
+  return word;
+}
+
+inline std::vector<std::string> CategoryNames(VQ_Ext& ext) {
+  std::vector<std::string> names;
+  for (std::uint32_t i = 0; i < ext.GetCategoryCount(); ++i) {
+    char name[512] = {};
+    std::uint32_t value = 7;
+    if (ext.GetCategoryName(i, name, sizeof name, nullptr, 0, &value)) names.push_back(name);
+  }
+  return names;
+}
 
 class HostCamera {
   // Declared first: the camera outlives the host that talks to it.

@@ -2,10 +2,10 @@
 // the way the camera object does it.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <string>
-
-#include <gtest/gtest.h>
 
 #include "camera/GenICamRuntime.h"
 #include "features/GenericFeature.h"
@@ -17,11 +17,9 @@ namespace vq::test {
 struct LoadedNodeMap {
   std::unique_ptr<MemoryPort> port = std::make_unique<MemoryPort>();
   std::unique_ptr<GenApi::CNodeMapRef> reference = CreateNodeMapReference();
-  bool connected = false;
-
   explicit LoadedNodeMap(const std::string& xmlText) {
     LoadNodeMapFromText(*reference, GenICam::gcstring(xmlText.c_str()));
-    connected = ConnectNodeMap(*reference, port.get());
+    EXPECT_TRUE(ConnectNodeMap(*reference, port.get()));
   }
   GenApi::INode* Node(const char* name) const { return reference->_GetNode(name); }
   // A handle on the named node; the test fails when there is none.

@@ -1,7 +1,8 @@
 // Helpers for driving the module's terminal user interface through a real
-// pseudo-terminal: reading what the module wrote, setting VQ_DIALOG for a
-// test, and running code in a child process that has (or has not) the
-// pseudo-terminal as its controlling terminal.
+// pseudo-terminal: reading what the module wrote (the selector dialog's
+// screens among it), setting VQ_DIALOG for a test, and running code in a child
+// process that has (or has not) the pseudo-terminal as its controlling
+// terminal.
 #pragma once
 
 #include <fcntl.h>
@@ -32,6 +33,33 @@ inline std::string ReadUntil(platform::PseudoTerminal& pty, const std::string& n
     text.append(buffer, static_cast<std::size_t>(count));
   }
   return text;
+}
+
+// What the selector dialog writes each time it is shown.
+constexpr const char* kEnterScreen = "\x1b[?1049h";
+
+inline std::size_t CountOf(const std::string& text, const std::string& what) {
+  std::size_t count = 0;
+  for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++count;
+  return count;
+}
+
+// Reads the master side until the selector dialog has been shown `showings`
+// times and its latest screen is drawn down to the line of key help; false
+// when that has not happened within 30 s.
+inline bool ReadDialogScreen(platform::PseudoTerminal& pty, std::string& screen,
+                             std::size_t showings) {
+  const auto complete = [&] {
+    const std::size_t help = screen.rfind("Keys:");
+    return CountOf(screen, kEnterScreen) >= showings && help != std::string::npos &&
+           help > screen.rfind(kEnterScreen) && screen.find('\n', help) != std::string::npos;
+  };
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (!complete()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    screen += ReadUntil(pty, "\n", 500);
+  }
+  return true;
 }
 
 // Writes `marker` on the slave side, then reads the master up to it: what the

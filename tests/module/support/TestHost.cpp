@@ -126,7 +126,7 @@ void TestHost::ClearRecords() {
   serialRequests.clear();
   selectorStates.clear();
   probeFailurePorts.clear();
-  bytesToCamera = bytesFromCamera = 0;
+  bytesFromCamera = 0;
 }
 
 std::int32_t TestHost::Callback(std::uint32_t code, std::uint32_t detail, void* data,
@@ -193,7 +193,6 @@ std::int32_t TestHost::ServeTransfer(std::uint32_t request, SerialRequestRecord&
       return 1;
     case SERIAL_WRITE:
       record.status = link->Write(record.data, record.value, record.timeout);
-      bytesToCamera += record.value;
       return 1;
     case SERIAL_GET_BAUD_RATES:
       *static_cast<std::uint32_t*>(record.data) = link->SupportedBaudRates();

@@ -99,7 +99,6 @@ class TestHost {
   std::vector<std::uint32_t> serialRequests;  // code 22 details, in order
   std::vector<std::uint32_t> selectorStates;  // code 26 values
   std::vector<std::uint32_t> probeFailurePorts;
-  std::uint64_t bytesToCamera = 0;
   std::uint64_t bytesFromCamera = 0;
 
  private:

@@ -20,3 +20,9 @@ CLPROTOCOLEXPORT CLINT32 CLPROTOCOL vxComPort(CLINT32 function, const CLINT8* pa
 CLPROTOCOLEXPORT CLINT32 CLPROTOCOL vxGetXMLSha1(ISerial* pSerial, const CLUINT32 Cookie,
                                                  const CLINT8* pXMLID, CLINT8* pSha1,
                                                  CLUINT32* pBufferSize, const CLUINT32 TimeOut);
+
+// A description the client obtained without the driver (from its own cache) for the device of
+// a connection: kept so that vxComPort can translate names for that device. Size without a
+// terminator.
+CLPROTOCOLEXPORT CLINT32 CLPROTOCOL vxSetXMLDescription(const CLUINT32 Cookie, const CLINT8* pXML,
+                                                        const CLUINT32 Size);

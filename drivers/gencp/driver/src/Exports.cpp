@@ -10,6 +10,7 @@
 #include <vq/gencp/Endian.h>
 
 #include "ComPort.h"
+#include "DescriptionStore.h"
 #include "DriverLocation.h"
 #include "ErrorCodes.h"
 #include "Guard.h"
@@ -350,5 +351,14 @@ CLPROTOCOLEXPORT CLINT32 CLPROTOCOL vxGetXMLSha1(ISerial* pSerial, const CLUINT3
       throw DriverFailure(CL_ERR_NO_XMLDESCRIPTION_FOUND, "the device gives no SHA-1 for it");
     }
     return copyText(digest, pSha1, pBufferSize);
+  });
+}
+
+CLPROTOCOLEXPORT CLINT32 CLPROTOCOL vxSetXMLDescription(const CLUINT32 Cookie, const CLINT8* pXML,
+                                                        const CLUINT32 Size) {
+  if (pXML == nullptr) return CL_ERR_INVALID_PTR;
+  return onConnection(Cookie, [&](Connection& connection) {
+    rememberDescription(connection.shortDeviceId, std::string(pXML, Size));
+    return CL_ERR_NO_ERR;
   });
 }
