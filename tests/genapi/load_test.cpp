@@ -118,6 +118,31 @@ TEST(Load, ConfRomKeysBecomeNodes) {
   EXPECT_NE(m.As<IString>("Text"), nullptr);
 }
 
+// An element's text reads the same however the description writes it: white
+// space around it, entity references, CDATA sections, text split by comments.
+TEST(Load, ElementTextsWhateverTheirMarkup) {
+  struct Case {
+    const char* value;    // text of a Value that means 7
+    const char* toolTip;  // text of a ToolTip
+    const char* shown;    // the ToolTip as read
+  };
+  const Case cases[] = {
+      {"  7  ", "  spaced  ", "spaced"},
+      {"<![CDATA[7]]>", "a &amp; b &lt;c&gt;", "a & b <c>"},
+      {" <![CDATA[ 7 ]]> ", "one<![CDATA[ <two> ]]>three", "one <two> three"},
+      {"0x<!-- hex -->7", "split<!-- c --> text", "split text"},
+      {"<!-- c -->7", "<![CDATA[cdata]]> after", "cdata after"},
+  };
+  for (const Case& c : cases) {
+    Loaded m(std::string("<Integer Name=\"I\"><ToolTip>") + c.toolTip + "</ToolTip><Value>" +
+             c.value + "</Value></Integer><Integer Name=\"P\"><pValue> <![CDATA[I]]> </pValue>"
+             "</Integer>");
+    EXPECT_EQ(m.As<IInteger>("I")->GetValue(), 7) << c.value;
+    EXPECT_EQ(m.As<IInteger>("P")->GetValue(), 7) << c.value;
+    EXPECT_EQ(std::string(m.Node("I")->GetToolTip().c_str()), c.shown) << c.toolTip;
+  }
+}
+
 TEST(Load, DeviceInfoComesFromTheRootAttributes) {
   Loaded m(kIntReg);
   CDeviceInfoPtr info(m.ref._Ptr);
