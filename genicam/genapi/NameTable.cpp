@@ -34,10 +34,11 @@ void NameTable::Reserve(size_t count) {
   if (slots > slots_.size()) Rehash(slots);
 }
 
-uint32_t NameTable::Add(std::string_view name, uint32_t hash) {
-  if (2 * (entries_.size() + 1) > slots_.size()) Rehash(slots_.empty() ? 1024 : 2 * slots_.size());
-  const size_t slot = Probe(name, hash);
-  if (slots_[slot].id != 0) return slots_[slot].id - 1;
+uint32_t NameTable::Add(std::string_view name, uint32_t hash, size_t slot) {
+  if (2 * (entries_.size() + 1) > slots_.size()) {
+    Rehash(slots_.empty() ? 1024 : 2 * slots_.size());
+    slot = Probe(name, hash);
+  }
   // Stored as a property value too ("name\0" and an empty attribute "\0").
   char* text = static_cast<char*>(arena_.Allocate(name.size() + 2, 1));
   CopyBytes(text, name.data(), name.size());

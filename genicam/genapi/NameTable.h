@@ -24,17 +24,15 @@ class NameTable {
   // name a node declared or named already) are found here, inline.
   uint32_t Intern(std::string_view name) {
     const uint32_t hash = HashText(name);
+    if (slots_.empty()) return Add(name, hash, 0);
     const size_t mask = slots_.size() - 1;
-    if (!slots_.empty()) {
-      for (size_t i = hash & mask;; i = (i + 1) & mask) {
-        const Slot slot = slots_[i];
-        if (slot.id == 0) break;
-        if (slot.hash != hash) continue;
-        const Entry& e = entries_[slot.id - 1];
-        if (e.size == name.size() && SameBytes(e.text, name.data(), name.size())) return slot.id - 1;
-      }
+    for (size_t i = hash & mask;; i = (i + 1) & mask) {
+      const Slot slot = slots_[i];
+      if (slot.id == 0) return Add(name, hash, i);
+      if (slot.hash != hash) continue;
+      const Entry& e = entries_[slot.id - 1];
+      if (e.size == name.size() && SameBytes(e.text, name.data(), name.size())) return slot.id - 1;
     }
-    return Add(name, hash);
   }
   // The id of name if it is known.
   bool Find(std::string_view name, uint32_t& id) const;
@@ -85,7 +83,8 @@ class NameTable {
     uint32_t id;  // id + 1; 0 marks a free slot
   };
   size_t Probe(std::string_view name, uint32_t hash) const;
-  uint32_t Add(std::string_view name, uint32_t hash);
+  // Adds a new name; free is the free slot where its probe ended.
+  uint32_t Add(std::string_view name, uint32_t hash, size_t free);
   void Rehash(size_t slots);
 
   Arena& arena_;

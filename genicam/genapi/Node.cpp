@@ -60,7 +60,7 @@ bool NodeImpl::ParseCommon(const XmlElem& e) {
     case Elem::pSelected: AddRef(selected_, e); break;
     case Elem::Streamable: streamable_ = ParseYesNo(e); break;
     case Elem::PollingTime: pollingTime_ = ParseInt(name_, e); break;
-    default: return false;  // presentation texts are read from the properties
+    default: return false;  // keep IsCommonElement in step with these cases
   }
   return true;
 }

@@ -38,6 +38,19 @@ constexpr uint16_t kPolyInteger = kIntegerLike | kFloatLike | kEnumerationKind |
 constexpr uint16_t kPolyFloat = kIntegerLike | kFloatLike | kEnumerationKind;
 constexpr uint16_t kAnyKind = 0xFFFF;
 
+// The elements every node kind takes (NodeImpl::ParseCommon).
+constexpr bool IsCommonElement(Elem id) {
+  switch (id) {
+    case Elem::Visibility: case Elem::IsDeprecated: case Elem::pIsImplemented:
+    case Elem::pIsAvailable: case Elem::pIsLocked: case Elem::pBlockPolling:
+    case Elem::ImposedAccessMode: case Elem::pError: case Elem::pAlias: case Elem::pCastAlias:
+    case Elem::pInvalidator: case Elem::pSelected: case Elem::Streamable: case Elem::PollingTime:
+      return true;
+    default:
+      return false;
+  }
+}
+
 // The kind bits of a node element and a readable name for a set of them.
 inline uint16_t KindBitsOf(Elem kind) {
   switch (kind) {
@@ -118,7 +131,10 @@ class NodeImpl : public virtual INode, public virtual ISelector {
   // No node kind parses the elements every node shares, so those are taken
   // first; unknown elements are kept as properties only.
   void Parse(const XmlElem& e) {
-    if (e.id != Elem::Extension && !ParseCommon(e)) ParseSpecific(e);
+    if (IsCommonElement(e.id))
+      ParseCommon(e);
+    else if (e.id != Elem::Extension)
+      ParseSpecific(e);
   }
   virtual bool ParseSpecific(const XmlElem&) { return false; }
   virtual void CollectLinks(LinkSink& sink);
