@@ -116,10 +116,12 @@ class Linker : public LinkSink {
       if (list == kSelectors) ++selections_;
     });
     for (size_t i = 1; i < end_.size(); ++i) end_[i] += end_[i - 1];
-    reverse_ = map_.Memory().Array<NodeImpl*>(end_.back());
+    // Indices first: removing repeats by index reads no node.
+    items_.resize(end_.back());
     ForEachReverse([&](Reverse list, uint32_t node, uint32_t item) {
-      reverse_[end_[list * n + node]++] = nodes_[item];
+      items_[end_[list * n + node]++] = item;
     });
+    reverse_ = map_.Memory().Array<NodeImpl*>(end_.back());
     for (uint32_t node = 0; node < n; ++node) {
       NodeLinks& links = nodes_[node]->links;
       links.parents = Unique(kParents, node);
@@ -145,9 +147,9 @@ class Linker : public LinkSink {
         if (cls == LinkClass::Writing) links.writing = size;
         if (cls == LinkClass::Reading) links.reading = size;
       }
-      const Span<NodeImpl*> selectors = List(kSelectors, owner);
-      for (NodeImpl* s : selectors)
-        if (s != nodes_[owner]) AddOnce(out, owner, s->Index());
+      const size_t b = kSelectors * nodes_.size() + owner;
+      for (uint32_t i = Begin(b); i < end_[b]; ++i)
+        if (items_[i] != owner) AddOnce(out, owner, items_[i]);
       links.invalidating = static_cast<uint32_t>(out - list);
       links.children = list;
     }
@@ -215,33 +217,31 @@ class Linker : public LinkSink {
     *out++ = nodes_[target];
   }
 
-  // One reverse list as placed, repeats included.
-  Span<NodeImpl*> List(Reverse list, uint32_t node) const {
-    const size_t b = list * nodes_.size() + node;
-    const uint32_t begin = b == 0 ? 0 : end_[b - 1];
-    return Span<NodeImpl*>(reverse_ + begin, end_[b] - begin);
-  }
+  // Where reverse list b (list * nodes + node) begins in items_ and reverse_.
+  uint32_t Begin(size_t b) const { return b == 0 ? 0 : end_[b - 1]; }
 
-  // One reverse list without repeats, compacted in place; marks use a fresh
-  // stamp range so they never collide with the owner stamps of AddOnce.
+  // One reverse list without repeats, in the arena; marks use a fresh stamp
+  // range so they never collide with the owner stamps of AddOnce.
   Span<NodeImpl*> Unique(Reverse list, uint32_t node) {
-    const Span<NodeImpl*> all = List(list, node);
+    const size_t b = list * nodes_.size() + node;
+    NodeImpl** out = reverse_ + Begin(b);
     const uint32_t stamp = ++stamp_;
     uint32_t kept = 0;
-    for (NodeImpl* item : all) {
-      uint32_t& mark = mark_[item->Index()];
-      if (mark == stamp) continue;
-      mark = stamp;
-      all[kept++] = item;
+    for (uint32_t i = Begin(b); i < end_[b]; ++i) {
+      const uint32_t item = items_[i];
+      if (mark_[item] == stamp) continue;
+      mark_[item] = stamp;
+      out[kept++] = nodes_[item];
     }
-    return Span<NodeImpl*>(kept != 0 ? all.begin() : nullptr, kept);
+    return Span<NodeImpl*>(kept != 0 ? out : nullptr, kept);
   }
 
   NodeMap& map_;
   const std::vector<NodeImpl*>& nodes_;
   std::vector<Edge> edges_;
   std::vector<uint32_t> mark_;
-  std::vector<uint32_t> end_;   // see LayOutReverse
+  std::vector<uint32_t> end_;    // see LayOutReverse
+  std::vector<uint32_t> items_;  // the reverse lists by node index, repeats included
   NodeImpl** reverse_ = nullptr;
   size_t selections_ = 0;  // pSelected pointers
   uint32_t stamp_ = 0x80000000u;
