@@ -66,25 +66,26 @@ inline uint32_t HashText(std::string_view text) {
   return static_cast<uint32_t>(h ^ (h >> 29));
 }
 
+// Copies n bytes, sizeof(Word) <= n <= 2 * sizeof(Word), as two overlapping words.
+template <class Word>
+void CopyTwoWords(char* to, const char* from, size_t n) {
+  Word head, tail;
+  std::memcpy(&head, from, sizeof(Word));
+  std::memcpy(&tail, from + n - sizeof(Word), sizeof(Word));
+  std::memcpy(to, &head, sizeof(Word));
+  std::memcpy(to + n - sizeof(Word), &tail, sizeof(Word));
+}
+
 // Copies n bytes; the short runs of names and element texts without a library call.
 inline void CopyBytes(char* to, const char* from, size_t n) {
-  if (n > 16) {
+  if (n > 16)
     std::memcpy(to, from, n);
-  } else if (n >= 8) {
-    uint64_t head, tail;
-    std::memcpy(&head, from, 8);
-    std::memcpy(&tail, from + n - 8, 8);
-    std::memcpy(to, &head, 8);
-    std::memcpy(to + n - 8, &tail, 8);
-  } else if (n >= 4) {
-    uint32_t head, tail;
-    std::memcpy(&head, from, 4);
-    std::memcpy(&tail, from + n - 4, 4);
-    std::memcpy(to, &head, 4);
-    std::memcpy(to + n - 4, &tail, 4);
-  } else {
+  else if (n >= 8)
+    CopyTwoWords<uint64_t>(to, from, n);
+  else if (n >= 4)
+    CopyTwoWords<uint32_t>(to, from, n);
+  else
     for (size_t i = 0; i < n; ++i) to[i] = from[i];
-  }
 }
 
 }  // namespace impl
