@@ -82,10 +82,11 @@ double Seconds(std::chrono::steady_clock::duration d) {
 
 // One iteration parses the bytes with pugixml, with the options the loader
 // parses with, then loads and connects a node map from the same bytes; the
-// document is freed before the load, so both start from the same recycled heap. The benchmark's time is the load +
-// connect; the counters hold both (mean and best of the run), their ratios,
-// and the heap one loaded map holds. On a shared machine the best times are
-// the steadier measure: other work only ever adds time.
+// document is freed before the load, so both start from the same recycled
+// heap. The benchmark's time is the load + connect; the counters hold both
+// (mean and best of the run), their ratios, and the heap one loaded map holds.
+// On a shared machine the best times are the steadier measure: other work
+// only ever adds time.
 void BM_LoadAndConnect(benchmark::State& state, const Description* description) {
   const int64_t heapBefore = HeapBytesInUse();
   int64_t heapHeld = 0;

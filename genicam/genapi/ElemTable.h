@@ -26,7 +26,8 @@ class ElemTable {
     for (size_t i = Hash(name) & kMask;; i = (i + 1) & kMask) {
       const Slot& slot = slots_[i];
       if (slot.id == Elem::Unknown) return Elem::Unknown;
-      if (slot.size == name.size() && SameBytes(kElemNames[size_t(slot.id)], name.data(), name.size()))
+      if (slot.size == name.size() &&
+          SameBytes(kElemNames[size_t(slot.id)], name.data(), name.size()))
         return slot.id;
     }
   }

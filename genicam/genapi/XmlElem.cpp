@@ -43,7 +43,8 @@ bool Is(const XmlElem& e, std::string_view text) { return e.Is(text); }
 Elem ElemOfPrefixed(const char* name, size_t size) {
   const std::string_view written(name, size);
   const size_t colon = written.rfind(':');
-  return colon == std::string_view::npos ? Elem::Unknown : kElemTable.Find(written.substr(colon + 1));
+  if (colon == std::string_view::npos) return Elem::Unknown;
+  return kElemTable.Find(written.substr(colon + 1));
 }
 
 const char* XmlElem::Attr(const char* attributeName) const {
@@ -115,7 +116,6 @@ int64_t ParseInt(const char* node, const char* element, std::string_view text) {
   return v;
 }
 
-
 double ParseDouble(const char* node, const char* element, std::string_view text) {
   double v = 0;
   if (!TryParseDouble(text, v))
@@ -124,7 +124,9 @@ double ParseDouble(const char* node, const char* element, std::string_view text)
   return v;
 }
 
-double ParseDouble(const char* node, const XmlElem& e) { return ParseDouble(node, e.name, e.Text()); }
+double ParseDouble(const char* node, const XmlElem& e) {
+  return ParseDouble(node, e.name, e.Text());
+}
 
 bool ParseYesNo(const XmlElem& e) {
   return Is(e, "Yes") || Is(e, "yes") || Is(e, "true") || Is(e, "1");

@@ -5,10 +5,10 @@
 
 #include <GenApi/Types.h>
 
-#include "NameTable.h"
-
 #include <cstdint>
 #include <string_view>
+
+#include "NameTable.h"
 
 namespace pugi {
 struct xml_node_struct;
@@ -71,7 +71,8 @@ inline const char* ElemName(Elem id) {
 // Pointer elements (pValue, pInvalidator, p1212Parser, ...) name a node in their text.
 constexpr bool IsPointerElement(Elem id) {
   const char* name = kElemNames[size_t(id)];
-  return name[0] == 'p' && ((name[1] >= 'A' && name[1] <= 'Z') || (name[1] >= '0' && name[1] <= '9'));
+  const char second = name[1];
+  return name[0] == 'p' && ((second >= 'A' && second <= 'Z') || (second >= '0' && second <= '9'));
 }
 
 // One child element of a node. Texts stay valid as long as the node map.
@@ -112,7 +113,8 @@ inline int64_t ParseInt(const char* node, const XmlElem& e) {
     for (uint32_t i = 2; i < n; ++i) {
       const unsigned char c = static_cast<unsigned char>(p[i]);
       const unsigned d = c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10;
-      if (c < '0' || d > 15 || (c > '9' && (c | 0x20) < 'a')) return ParseInt(node, e.name, e.Text());
+      if (c < '0' || d > 15 || (c > '9' && (c | 0x20) < 'a'))
+        return ParseInt(node, e.name, e.Text());
       value = value << 4 | d;
     }
     return static_cast<int64_t>(value);

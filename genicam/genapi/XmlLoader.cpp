@@ -285,7 +285,8 @@ class Loader {
 
   // Fills e from the element n; with record, also records it as a property.
   void MakeElem(const pugi::xml_node& n, Elem id, size_t first, XmlElem& e, bool record) {
-    const char* name = id != Elem::Unknown ? ElemName(id) : names_.Text(names_.Intern(LocalName(n)));
+    const char* name =
+        id != Elem::Unknown ? ElemName(id) : names_.Text(names_.Intern(LocalName(n)));
     const pugi::xml_attribute a = n.first_attribute();
     const char* attrName = a.name();  // "" when there is no attribute
     const std::string_view text = TextOf(n);
@@ -410,7 +411,8 @@ class Loader {
         shared.push_back(MakeElem(c, child, props_.size()));
     }
     for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling()) {
-      if (c.type() != pugi::node_element || ElemOfQualified(c.name()) != Elem::StructEntry) continue;
+      if (c.type() != pugi::node_element || ElemOfQualified(c.name()) != Elem::StructEntry)
+        continue;
       const NodeAttributes attributes = AttributesOf(c, "StructEntry");
       const uint32_t nameId = names_.Intern(attributes.name);
       Building entry(*this, arena_.New<MaskedIntRegNode>(&map_, names_.Text(nameId)), nameId);

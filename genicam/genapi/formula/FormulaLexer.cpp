@@ -378,7 +378,8 @@ const char* ReadToken(std::string_view text, const char* p, Token& token) {
 }  // namespace
 
 TokenList::TokenList(std::string_view text, std::vector<Token>& storage) : tokens_(storage) {
-  if (tokens_.size() < text.size() + 2) tokens_.resize(text.size() + 2);  // a token takes a character
+  // A token takes at least one character; End or Invalid comes last.
+  if (tokens_.size() < text.size() + 2) tokens_.resize(text.size() + 2);
   const char* p = text.data();
   Token* token = tokens_.data();
   try {
