@@ -71,8 +71,8 @@ inline const char* ElemName(Elem id) {
 // Pointer elements (pValue, pInvalidator, p1212Parser, ...) name a node in their text.
 constexpr bool IsPointerElement(Elem id) {
   const char* name = kElemNames[size_t(id)];
-  const char second = name[1];
-  return name[0] == 'p' && ((second >= 'A' && second <= 'Z') || (second >= '0' && second <= '9'));
+  if (name[0] != 'p') return false;  // "" for Unknown: nothing past the NUL is read
+  return (name[1] >= 'A' && name[1] <= 'Z') || (name[1] >= '0' && name[1] <= '9');
 }
 
 // One child element of a node. Texts stay valid as long as the node map.
