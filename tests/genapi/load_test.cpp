@@ -120,6 +120,7 @@ TEST(Load, ConfRomKeysBecomeNodes) {
 
 // An element's text reads the same however the description writes it: white
 // space around it, entity references, CDATA sections, text split by comments.
+// An element the engine does not know is kept as a property.
 TEST(Load, ElementTextsWhateverTheirMarkup) {
   struct Case {
     const char* value;    // text of a Value that means 7
@@ -135,11 +136,14 @@ TEST(Load, ElementTextsWhateverTheirMarkup) {
   };
   for (const Case& c : cases) {
     Loaded m(std::string("<Integer Name=\"I\"><ToolTip>") + c.toolTip + "</ToolTip><Value>" +
-             c.value + "</Value></Integer><Integer Name=\"P\"><pValue> <![CDATA[I]]> </pValue>"
-             "</Integer>");
+             c.value + "</Value><VendorNote>" + c.toolTip + "</VendorNote></Integer>"
+             "<Integer Name=\"P\"><pValue> <![CDATA[I]]> </pValue></Integer>");
     EXPECT_EQ(m.As<IInteger>("I")->GetValue(), 7) << c.value;
     EXPECT_EQ(m.As<IInteger>("P")->GetValue(), 7) << c.value;
     EXPECT_EQ(std::string(m.Node("I")->GetToolTip().c_str()), c.shown) << c.toolTip;
+    GenICam::gcstring note, attribute;
+    EXPECT_TRUE(m.Node("I")->GetProperty("VendorNote", note, attribute));
+    EXPECT_EQ(std::string(note.c_str()), c.shown) << c.toolTip;
   }
 }
 
