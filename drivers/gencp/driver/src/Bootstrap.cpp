@@ -111,10 +111,7 @@ bool sameModel(Channel& channel, const KnownDevice& recorded, uint32_t timeoutMs
     if (!isDeviceRefusal(failure)) throw;
     return false;
   }
-  return bytes.size() == expected.size() && std::equal(bytes.begin(), bytes.end(), expected.begin(),
-                                                       [](uint8_t a, char b) {
-                                                         return a == static_cast<uint8_t>(b);
-                                                       });
+  return std::string(bytes.begin(), bytes.end()) == expected;
 }
 
 // The record of the device whose serial number register was read, when the device's model name
@@ -145,9 +142,8 @@ Identification identify(Channel& channel, const std::optional<KnownDevice>& know
   if (serialFirst) {
     const auto serial = channel.readMem(abrm::kSerialNumber, abrm::kStringSize, timeoutMs, true);
     channel.setMaxSends(kMaxSends);
-    const uint32_t encoding = known ? known->bootstrap.stringEncoding() : 0;
-    if (known &&
-        registerString(serial.data(), serial.size(), encoding) == known->bootstrap.serialNumberText) {
+    if (known && registerString(serial.data(), serial.size(), known->bootstrap.stringEncoding()) ==
+                     known->bootstrap.serialNumberText) {
       return Identification{*known, false};
     }
     if (auto device = recordedDevice(channel, serial, recorded, timeoutMs)) {
