@@ -106,11 +106,8 @@ bool SameKey(const DescriptionKey& a, const DescriptionKey& b) {
 }  // namespace
 
 std::string DescriptionCache::Directory() {
-  const auto xdg = vq::platform::GetEnv("XDG_CACHE_HOME");
-  if (xdg && !xdg->empty() && (*xdg)[0] == '/') return *xdg + "/vqcam";
-  const auto home = vq::platform::GetEnv("HOME");
-  if (home && !home->empty()) return *home + "/.cache/vqcam";
-  return std::string();
+  const std::string base = vq::platform::UserCacheDirectory();
+  return base.empty() ? std::string() : base + "/vqcam";
 }
 
 std::optional<std::string> DescriptionCache::Find(const std::string& portID,

@@ -3,8 +3,9 @@
 // ~/.cache/vqcam), one file per camera model. An entry is keyed and verified by the XML ID (which
 // carries the file version) and the SHA-1 the camera's manifest gives for the file; its text
 // carries a checksum. A corrupt or mismatching entry is ignored and replaced by the next
-// download. The cache file is the only file the stack writes; its vqcam folder is only made in
-// a cache directory that exists.
+// download. Besides the GenCP driver's device records (devices.rec, same folder), the cache files
+// are the only files the stack writes; their vqcam folder is only made in a cache directory
+// that exists.
 #pragma once
 
 #include <optional>

@@ -40,4 +40,12 @@ bool UnsetEnv(const std::string& name) {
   return unsetenv(name.c_str()) == 0;
 }
 
+std::string UserCacheDirectory() {
+  const auto xdg = GetEnv("XDG_CACHE_HOME");
+  if (xdg && !xdg->empty() && (*xdg)[0] == '/') return *xdg;
+  const auto home = GetEnv("HOME");
+  if (home && !home->empty()) return *home + "/.cache";
+  return std::string();
+}
+
 }  // namespace vq::platform

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "../../genicam/clprotocol/DriverLibrary.h"
+#include "vq/platform/environment.h"
 #include "vq/platform/shared_library.h"
 #include "vq/sim/InProcessPort.h"
 #include "vq/sim/Profile.h"
@@ -122,6 +123,10 @@ class SimSerial : public CLProtocol::ISerialAdapter {
 class DriverTest : public ::testing::Test {
  protected:
   void SetUp() override {
+    // A cache directory that does not exist: no device record or cached description from an
+    // earlier run changes what a probe reads, and none is written. Tests of the records give
+    // the cache a directory of their own.
+    vq::platform::SetEnv("XDG_CACHE_HOME", ::testing::TempDir() + "gencp-driver-no-cache");
     std::string error;
     ASSERT_TRUE(driver_.Load(error)) << error;
     ASSERT_EQ(CL_ERR_NO_ERR, driver_.InitLib(nullptr, CLP_LOG_ERROR));

@@ -39,6 +39,33 @@ TEST(EnvironmentTest, InvalidNamesAndValuesAreRefused) {
   EXPECT_FALSE(SetEnv("VQ_PLATFORM_TEST_VARIABLE", std::string("a\0b", 3)));
 }
 
+// The cache directory follows XDG_CACHE_HOME when it is absolute, else HOME.
+TEST(EnvironmentTest, UserCacheDirectory) {
+  const auto savedXdg = GetEnv("XDG_CACHE_HOME");
+  const auto savedHome = GetEnv("HOME");
+  struct Case {
+    const char* xdg;   // nullptr: unset
+    const char* home;  // nullptr: unset
+    const char* expected;
+  };
+  const Case cases[] = {
+      {"/var/cache/u", "/home/u", "/var/cache/u"},
+      {"relative/cache", "/home/u", "/home/u/.cache"},
+      {"", "/home/u", "/home/u/.cache"},
+      {nullptr, "/home/u", "/home/u/.cache"},
+      {nullptr, nullptr, ""},
+      {"", "", ""},
+  };
+  for (const Case& c : cases) {
+    c.xdg ? SetEnv("XDG_CACHE_HOME", c.xdg) : UnsetEnv("XDG_CACHE_HOME");
+    c.home ? SetEnv("HOME", c.home) : UnsetEnv("HOME");
+    EXPECT_EQ(c.expected, vq::platform::UserCacheDirectory())
+        << (c.xdg ? c.xdg : "(unset)") << " " << (c.home ? c.home : "(unset)");
+  }
+  savedXdg ? SetEnv("XDG_CACHE_HOME", *savedXdg) : UnsetEnv("XDG_CACHE_HOME");
+  savedHome ? SetEnv("HOME", *savedHome) : UnsetEnv("HOME");
+}
+
 TEST(SleepTest, SleepsAtLeastTheRequestedTime) {
   vq::platform::SleepMilliseconds(0);
   const auto start = std::chrono::steady_clock::now();

@@ -3,8 +3,10 @@
 #include <CLProtocol/CLProtocol.h>
 
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
 
+#include "vq/platform/environment.h"
 #include "vq/platform/shared_library.h"
 
 namespace vq::test {
@@ -85,6 +87,10 @@ std::int32_t SerialDeviceLink::SetBaudRate(std::uint32_t baudRateBit) {
 VQ_Ext* CreateModuleExtension() { return Factory()(); }
 
 TestHost::TestHost() {
+  // A cache directory that does not exist, also when the program runs outside ctest: no cached
+  // description or device record of an earlier run shortens an open, and none is written.
+  vq::platform::SetEnv("XDG_CACHE_HOME",
+                       (std::filesystem::temp_directory_path() / "vq-module-no-cache").string());
   extension_ = CreateModuleExtension();
   if (extension_ == nullptr) throw std::runtime_error("CreateExtension returned null");
   extension_->SetHostCallback(&TestHost::Callback, reinterpret_cast<HostContext>(this));

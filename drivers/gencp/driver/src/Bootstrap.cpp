@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <string>
 
 #include "DriverFailure.h"
 #include "ErrorCodes.h"
@@ -61,6 +62,15 @@ std::vector<uint8_t> readBlockPiecewise(Channel& channel, uint32_t timeoutMs) {
   return block;
 }
 
+// The bytes of a string register before its terminating NUL (a NUL unit in UTF-16), all of
+// them when it has none.
+std::string bytesBeforeTerminator(const uint8_t* data, std::size_t size, uint32_t encoding) {
+  const std::size_t step = encoding == kEncodingUtf16 ? 2 : 1;
+  std::size_t end = 0;
+  while (end + step <= size && !(data[end] == 0 && data[end + step - 1] == 0)) end += step;
+  return std::string(reinterpret_cast<const char*>(data), std::min(end, size));
+}
+
 KnownDevice parseBlock(const std::vector<uint8_t>& block, uint32_t version) {
   auto at = [&block](uint64_t address) { return block.data() + (address - kBlockStart); };
   KnownDevice device;
@@ -83,23 +93,64 @@ KnownDevice parseBlock(const std::vector<uint8_t>& block, uint32_t version) {
   id.model = toIdentifierToken(text(abrm::kModelName));
   id.version = toIdentifierToken(text(abrm::kDeviceVersion));
   id.serialNumber = toIdentifierToken(info.serialNumberText);
+  device.modelBytes = bytesBeforeTerminator(at(abrm::kModelName), abrm::kStringSize, encoding);
   return device;
+}
+
+// True when the device's model name register holds the recorded model name: exactly the
+// recorded bytes and the terminator are read, so the terminator proves that the device's name
+// does not go on. A device refusing the read is taken as another device.
+bool sameModel(Channel& channel, const KnownDevice& recorded, uint32_t timeoutMs) {
+  const std::size_t terminator = recorded.bootstrap.stringEncoding() == kEncodingUtf16 ? 2 : 1;
+  std::string expected = recorded.modelBytes;
+  expected.resize(std::min<std::size_t>(expected.size() + terminator, abrm::kStringSize), '\0');
+  std::vector<uint8_t> bytes;
+  try {
+    bytes = channel.readMem(abrm::kModelName, expected.size(), timeoutMs);
+  } catch (const DriverFailure& failure) {
+    if (!isDeviceRefusal(failure)) throw;
+    return false;
+  }
+  return std::string(bytes.begin(), bytes.end()) == expected;
+}
+
+// The record of the device whose serial number register was read, when the device's model name
+// confirms it. The record's bootstrap facts are taken on trust after that check; should they be
+// stale (a firmware update behind the same serial number and model), the description still comes
+// right: the manifest is always read from the device and a cached description is only used when
+// the manifest's SHA1 matches.
+std::optional<KnownDevice> recordedDevice(Channel& channel, const std::vector<uint8_t>& serial,
+                                          const std::vector<KnownDevice>& recorded,
+                                          uint32_t timeoutMs) {
+  for (auto it = recorded.rbegin(); it != recorded.rend(); ++it) {
+    const uint32_t encoding = it->bootstrap.stringEncoding();
+    if (registerString(serial.data(), serial.size(), encoding) != it->bootstrap.serialNumberText) {
+      continue;
+    }
+    if (sameModel(channel, *it, timeoutMs)) return *it;
+    return std::nullopt;
+  }
+  return std::nullopt;
 }
 
 }  // namespace
 
 Identification identify(Channel& channel, const std::optional<KnownDevice>& known,
-                        uint32_t timeoutMs) {
+                        const std::vector<KnownDevice>& recorded, uint32_t timeoutMs) {
   channel.setMaxSends(kLivenessSends);
-  if (known) {
+  const bool serialFirst = known || !recorded.empty();
+  if (serialFirst) {
     const auto serial = channel.readMem(abrm::kSerialNumber, abrm::kStringSize, timeoutMs, true);
     channel.setMaxSends(kMaxSends);
-    const uint32_t encoding = known->bootstrap.stringEncoding();
-    if (registerString(serial.data(), serial.size(), encoding) == known->bootstrap.serialNumberText) {
+    if (known && registerString(serial.data(), serial.size(), known->bootstrap.stringEncoding()) ==
+                     known->bootstrap.serialNumberText) {
       return Identification{*known, false};
     }
+    if (auto device = recordedDevice(channel, serial, recorded, timeoutMs)) {
+      return Identification{*device, false};
+    }
   }
-  const auto versionBytes = channel.readMem(abrm::kGenCPVersion, 4, timeoutMs, !known);
+  const auto versionBytes = channel.readMem(abrm::kGenCPVersion, 4, timeoutMs, !serialFirst);
   channel.setMaxSends(kMaxSends);
   const uint32_t version = vq::gencp::readU32(versionBytes.data());
   checkVersion(version);

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 
 #include "Connection.h"
 #include "Identity.h"
@@ -15,6 +16,9 @@ namespace vq::gencpdrv {
 struct KnownDevice {
   DeviceIdentity identity;
   BootstrapInfo bootstrap;
+  // The model name register's bytes before its terminating NUL (NUL unit in UTF-16): a read of
+  // these bytes plus the terminator proves the device's model name equal.
+  std::string modelBytes;
 };
 
 struct PortHints {

@@ -3,6 +3,7 @@
 #include <vq/gencp/Endian.h>
 
 #include "Bootstrap.h"
+#include "DeviceRecords.h"
 #include "DriverFailure.h"
 #include "ErrorCodes.h"
 #include "Operations.h"
@@ -82,6 +83,9 @@ std::shared_ptr<Connection> probeDevice(ISerial* serial, const std::string& shor
     throw DriverFailure(CL_ERR_INVALID_DEVICEID, "malformed device ID template '" + shortTemplate + "'");
   }
   const PortHints hints = PortMemory::recall(serial);
+  // The records on disk serve a port this process has not identified a device on yet.
+  const std::vector<KnownDevice> recorded =
+      hints.device ? std::vector<KnownDevice>() : DeviceRecords::load();
   std::string lastFailure = "nothing tried";
   for (uint32_t rate : ratesToTry(serial, hints.baudBit)) {
     checkStopped();
@@ -91,7 +95,7 @@ std::shared_ptr<Connection> probeDevice(ISerial* serial, const std::string& shor
     Channel channel(serial, bitsPerSecond(rate), std::min(timeoutMs, kProbeResponseMs));
     Identification found;
     try {
-      found = identify(channel, hints.device, timeoutMs);
+      found = identify(channel, hints.device, recorded, timeoutMs);
     } catch (const DriverFailure& failure) {
       if (failure.code() != CL_ERR_TIMEOUT) throw;  // something answered, and was refused
       lastFailure = failure.what();
@@ -99,6 +103,7 @@ std::shared_ptr<Connection> probeDevice(ISerial* serial, const std::string& shor
     }
     PortMemory::rememberRate(serial, rate);
     PortMemory::rememberDevice(serial, found.device);
+    if (found.freshlyRead) DeviceRecords::store(found.device);
     connection->identity = found.device.identity;
     connection->bootstrap = found.device.bootstrap;
     connection->shortDeviceId = connection->identity.shortDeviceId();

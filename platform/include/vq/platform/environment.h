@@ -16,6 +16,10 @@ bool SetEnv(const std::string& name, const std::string& value);
 // Removes a variable (success when it was not set); false for an invalid name.
 bool UnsetEnv(const std::string& name);
 
+// The user's cache directory: $XDG_CACHE_HOME when it is an absolute path, else $HOME/.cache;
+// empty when the environment names neither. It need not exist.
+std::string UserCacheDirectory();
+
 }  // namespace vq::platform
 
 #endif  // VQ_PLATFORM_ENVIRONMENT_H

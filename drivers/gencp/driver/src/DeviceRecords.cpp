@@ -1,0 +1,224 @@
+#include "DeviceRecords.h"
+
+#include <vq/gencp/Bootstrap.h>
+#include <vq/platform/environment.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <system_error>
+
+#include "Identity.h"
+
+namespace vq::gencpdrv {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kMagic = "vqcam device records 1";
+// A file larger than this is not read (32 records take about 30 KiB).
+constexpr std::uintmax_t kMaxFileBytes = 256 * 1024;
+// Longest string kept: a 64-byte register in UTF-16 gives at most 96 bytes of UTF-8.
+constexpr std::size_t kMaxStringBytes = 128;
+constexpr int kFields = 14;
+
+// 64-bit FNV-1a: catches a damaged or cut file.
+std::string checksum(const std::string& text) {
+  uint64_t hash = 14695981039346656037ull;
+  for (unsigned char c : text) {
+    hash ^= c;
+    hash *= 1099511628211ull;
+  }
+  char hex[17];
+  std::snprintf(hex, sizeof hex, "%016llx", static_cast<unsigned long long>(hash));
+  return hex;
+}
+
+// Strings are written as 'x' and their bytes in hex, so any byte a device sends survives and an
+// empty string is still a field.
+std::string encodeText(const std::string& text) {
+  static const char digits[] = "0123456789abcdef";
+  std::string out = "x";
+  for (unsigned char c : text) {
+    out.push_back(digits[c >> 4]);
+    out.push_back(digits[c & 0xF]);
+  }
+  return out;
+}
+
+int hexDigit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  return -1;
+}
+
+bool decodeText(const std::string& field, std::string& text) {
+  if (field.empty() || field[0] != 'x' || field.size() % 2 != 1 ||
+      (field.size() - 1) / 2 > kMaxStringBytes) {
+    return false;
+  }
+  text.clear();
+  for (std::size_t i = 1; i < field.size(); i += 2) {
+    const int high = hexDigit(field[i]);
+    const int low = hexDigit(field[i + 1]);
+    if (high < 0 || low < 0) return false;
+    text.push_back(static_cast<char>(high << 4 | low));
+  }
+  return true;
+}
+
+std::string encodeNumber(uint64_t value) {
+  char text[24];
+  std::snprintf(text, sizeof text, "%llx", static_cast<unsigned long long>(value));
+  return text;
+}
+
+bool decodeNumber(const std::string& field, uint64_t max, uint64_t& value) {
+  if (field.empty() || field.size() > 16) return false;
+  value = 0;
+  for (char c : field) {
+    const int digit = hexDigit(c);
+    if (digit < 0) return false;
+    value = value << 4 | static_cast<uint64_t>(digit);
+  }
+  return value <= max;
+}
+
+std::string encodeRecord(const KnownDevice& device) {
+  const DeviceIdentity& id = device.identity;
+  const BootstrapInfo& info = device.bootstrap;
+  std::string line;
+  for (const std::string* text : {&info.serialNumberText, &device.modelBytes, &id.manufacturer,
+                                  &id.family, &id.model, &id.version}) {
+    line += encodeText(*text) + " ";
+  }
+  for (uint64_t number : {uint64_t{info.gencpVersion}, info.capabilities,
+                          uint64_t{info.maxResponseMs}, info.manifestAddress}) {
+    line += encodeNumber(number) + " ";
+  }
+  line += (info.sbrmAddress ? encodeNumber(*info.sbrmAddress) : std::string("-")) + " ";
+  line += encodeNumber(info.deviceConfiguration) + " " + encodeNumber(info.baudRates) + " ";
+  line += encodeText(id.serialNumber);
+  return line;
+}
+
+// A record line back to a device; the identity tokens are run through the token rules again,
+// and a model token that does not follow from the recorded model bytes spoils the record.
+bool decodeRecord(const std::string& line, KnownDevice& device) {
+  std::istringstream in(line);
+  std::vector<std::string> fields;
+  for (std::string field; in >> field;) fields.push_back(field);
+  if (fields.size() != kFields) return false;
+  DeviceIdentity& id = device.identity;
+  BootstrapInfo& info = device.bootstrap;
+  std::string manufacturer, family, model, version;
+  if (!decodeText(fields[0], info.serialNumberText) || !decodeText(fields[1], device.modelBytes) ||
+      device.modelBytes.size() > vq::gencp::abrm::kStringSize ||
+      !decodeText(fields[2], manufacturer) || !decodeText(fields[3], family) ||
+      !decodeText(fields[4], model) || !decodeText(fields[5], version)) {
+    return false;
+  }
+  uint64_t gencpVersion = 0, maxResponseMs = 0, baudRates = 0;
+  constexpr uint64_t k32 = 0xFFFFFFFFu;
+  if (!decodeNumber(fields[6], k32, gencpVersion) ||
+      !decodeNumber(fields[7], UINT64_MAX, info.capabilities) ||
+      !decodeNumber(fields[8], k32, maxResponseMs) ||
+      !decodeNumber(fields[9], UINT64_MAX, info.manifestAddress) ||
+      !decodeNumber(fields[11], UINT64_MAX, info.deviceConfiguration) ||
+      !decodeNumber(fields[12], k32, baudRates)) {
+    return false;
+  }
+  if (fields[10] != "-") {
+    uint64_t sbrm = 0;
+    if (!decodeNumber(fields[10], UINT64_MAX, sbrm)) return false;
+    info.sbrmAddress = sbrm;
+  }
+  info.gencpVersion = static_cast<uint32_t>(gencpVersion);
+  info.maxResponseMs = static_cast<uint32_t>(maxResponseMs);
+  info.baudRates = static_cast<uint32_t>(baudRates);
+  id.manufacturer = toIdentifierToken(manufacturer);
+  id.family = toIdentifierToken(family);
+  id.model = toIdentifierToken(model);
+  id.version = toIdentifierToken(version);
+  id.serialNumber = toIdentifierToken(info.serialNumberText);
+  const auto* bytes = reinterpret_cast<const uint8_t*>(device.modelBytes.data());
+  return id.model == toIdentifierToken(
+                         registerString(bytes, device.modelBytes.size(), info.stringEncoding()));
+}
+
+std::vector<KnownDevice> parseFile(const std::string& bytes) {
+  const std::string head = std::string(kMagic) + "\ncheck: ";
+  const std::size_t bodyStart = head.size() + 17;
+  if (bytes.compare(0, head.size(), head) != 0 || bytes.size() < bodyStart ||
+      bytes[bodyStart - 1] != '\n') {
+    return {};
+  }
+  const std::string body = bytes.substr(bodyStart);
+  if (bytes.compare(head.size(), 16, checksum(body)) != 0) return {};
+  std::vector<KnownDevice> devices;
+  std::istringstream lines(body);
+  for (std::string line; std::getline(lines, line);) {
+    KnownDevice device;
+    if (!decodeRecord(line, device) || devices.size() == DeviceRecords::kMaxRecords) return {};
+    devices.push_back(std::move(device));
+  }
+  return devices;
+}
+
+}  // namespace
+
+std::string DeviceRecords::path() {
+  const std::string base = vq::platform::UserCacheDirectory();
+  return base.empty() ? std::string() : base + "/vqcam/devices.rec";
+}
+
+std::vector<KnownDevice> DeviceRecords::load() {
+  const std::string file = path();
+  std::error_code error;
+  if (file.empty() || fs::file_size(file, error) > kMaxFileBytes || error) return {};
+  std::ifstream in(file, std::ios::binary);
+  std::ostringstream content;
+  content << in.rdbuf();
+  return parseFile(content.str());
+}
+
+void DeviceRecords::store(const KnownDevice& device) {
+  const fs::path file = path();
+  if (file.empty()) return;
+  // Only the stack's own folder is made, inside a cache directory that exists.
+  std::error_code error;
+  if (!fs::is_directory(file.parent_path().parent_path(), error)) return;
+  fs::create_directory(file.parent_path(), error);
+  if (error) return;
+  std::vector<KnownDevice> devices = load();
+  std::string body;
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < devices.size(); ++i) {
+    // The newest kMaxRecords - 1 others stay, the stored device goes last.
+    if (devices[i].bootstrap.serialNumberText == device.bootstrap.serialNumberText) continue;
+    devices[kept++] = devices[i];
+  }
+  const std::size_t first = kept >= kMaxRecords ? kept - (kMaxRecords - 1) : 0;
+  for (std::size_t i = first; i < kept; ++i) body += encodeRecord(devices[i]) + "\n";
+  body += encodeRecord(device) + "\n";
+  // A unique temporary file renamed into place: readers never see half a file.
+  const fs::path temporary =
+      file.string() + ".tmp" + std::to_string(std::random_device{}() & 0xFFFFFF);
+  {
+    std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
+    out << kMagic << "\ncheck: " << checksum(body) << "\n" << body;
+    if (!out.flush()) {
+      out.close();
+      fs::remove(temporary, error);
+      return;
+    }
+  }
+  fs::rename(temporary, file, error);
+  if (error) fs::remove(temporary, error);
+}
+
+}  // namespace vq::gencpdrv
