@@ -90,7 +90,7 @@ struct NodeDefect {
   const char* mustMention;  // the identifier or text at fault
 };
 
-// Formula defects break only their node: the reference reports them when the
+// Formula defects (and evaluation errors) break only their node: the reference reports them when the
 // node is evaluated. The healthy "Good" beside them must read as usual.
 const NodeDefect kNodeDefects[] = {
     {"undeclared identifier",
@@ -117,6 +117,10 @@ const NodeDefect kNodeDefects[] = {
      R"(<IntSwissKnife Name="Bad"><Expression Name="E">X+1</Expression><Formula>E</Formula>
         </IntSwissKnife>)",
      "Bad", "'X'"},
+    {"division by zero when evaluated",
+     R"(<IntSwissKnife Name="Bad"><pVariable Name="Z">Zero</pVariable><Formula>10 / Z</Formula>
+        </IntSwissKnife><Integer Name="Zero"><Value>0</Value></Integer>)",
+     "Bad", "division by zero"},
     {"integer over a broken knife",
      R"(<Integer Name="Bad"><pValue>Knife</pValue></Integer>
         <IntSwissKnife Name="Knife"><Formula>NOPE</Formula></IntSwissKnife>)",
