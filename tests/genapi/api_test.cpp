@@ -91,8 +91,8 @@ TEST(NodeMap, ConnectAttachesTheNamedPort) {
   for (const char* portName : {"TLPort", "InterfacePort", "DevicePort", "StreamPort"}) {
     const std::string nodes = std::string("<Port Name=\"") + portName + "\"/>" +
                               "<IntReg Name=\"R\"><Address>0x10</Address><Length>4</Length>"
-                              "<AccessMode>RW</AccessMode><pPort>" + portName +
-                              "</pPort></IntReg>";
+                              "<AccessMode>RW</AccessMode><pPort>" +
+                              portName + "</pPort></IntReg>";
     CNodeMapRef ref;
     ref._LoadXMLFromString(genapi_test::Describe(nodes).c_str());
     genapi_test::MemoryPort device, module;
@@ -108,12 +108,6 @@ TEST(NodeMap, ConnectAttachesTheNamedPort) {
     EXPECT_EQ(module.PeekLE32(0x10), 43u);
     EXPECT_EQ(device.writes, 0);
   }
-}
-
-TEST(NodeMap, UnknownNamesGiveNull) {
-  Loaded m(kNodes);
-  EXPECT_EQ(m.ref._GetNode("Nope"), nullptr);
-  EXPECT_EQ(m.ref._GetNode(""), nullptr);
 }
 
 TEST(NodeMap, ConcurrentReadersAndWritersStayConsistent) {
