@@ -44,7 +44,8 @@ TEST(IntReg, EveryLengthEndiannessAndSign) {
           raw = (raw << 8) | bytes[index];
         }
         int64_t expected = static_cast<int64_t>(raw);
-        if (isSigned && bits < 64) expected = static_cast<int64_t>(raw << (64 - bits)) >> (64 - bits);
+        if (isSigned && bits < 64)
+          expected = static_cast<int64_t>(raw << (64 - bits)) >> (64 - bits);
         r->GetNode()->InvalidateNode();
         EXPECT_EQ(r->GetValue(), expected);
         // And the write puts the same bytes back.
@@ -75,56 +76,64 @@ TEST(IntReg, IsBothIntegerAndRegister) {
   EXPECT_THROW(reg->Set(bytes, 3), GenICam::OutOfRangeException);
 }
 
-std::string Masked(int length, const char* endian, int lsb, int msb, const char* sign) {
-  return "<MaskedIntReg Name=\"M\"><Address>0</Address><Length>" + std::to_string(length) +
-         "</Length><AccessMode>RW</AccessMode><pPort>Device</pPort><LSB>" + std::to_string(lsb) +
-         "</LSB><MSB>" + std::to_string(msb) + "</MSB><Sign>" + sign + "</Sign><Endianess>" +
-         endian + "</Endianess></MaskedIntReg>";
-}
-
-TEST(MaskedIntReg, LittleEndianBitZeroIsTheLeastSignificant) {
-  Loaded m(Masked(4, "LittleEndian", 4, 11, "Unsigned"));
-  m.port.PokeLE32(0, 0xABCDE5A7);
-  IInteger* f = m.As<IInteger>("M");
-  EXPECT_EQ(f->GetValue(), 0x5A);
-  EXPECT_EQ(f->GetMax(), 255);
-  f->SetValue(0x3C);
-  EXPECT_EQ(m.port.PeekLE32(0), 0xABCDE3C7u);  // read-modify-write keeps the other bits
-}
-
-TEST(MaskedIntReg, BigEndianBitZeroIsTheMostSignificant) {
-  // 8-byte big-endian register, LSB 15 MSB 8: the second byte.
-  Loaded m(Masked(8, "BigEndian", 15, 8, "Unsigned"));
-  m.port.Poke(0, {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77, 0x88});
-  IInteger* f = m.As<IInteger>("M");
-  EXPECT_EQ(f->GetValue(), 0x22);
-  f->SetValue(0xEE);
-  EXPECT_EQ(m.port.Peek(0, 8),
-            (std::vector<uint8_t>{0x11, 0xEE, 0x33, 0x44, 0x55, 0x66, 0x77, 0x88}));
-}
-
-TEST(MaskedIntReg, BigEndianTwelveBitFieldInTheUpperBits) {
-  Loaded m(Masked(2, "BigEndian", 11, 0, "Unsigned"));
-  m.port.Poke(0, {0xAB, 0xCD});
-  EXPECT_EQ(m.As<IInteger>("M")->GetValue(), 0xABC);
-}
-
-TEST(MaskedIntReg, SignedFieldsSignExtend) {
-  Loaded m(Masked(4, "LittleEndian", 0, 3, "Signed"));
-  m.port.PokeLE32(0, 0xF);
-  IInteger* f = m.As<IInteger>("M");
-  EXPECT_EQ(f->GetValue(), -1);
-  EXPECT_EQ(f->GetMin(), -8);
-  EXPECT_EQ(f->GetMax(), 7);
-}
-
-TEST(MaskedIntReg, WriteOnlyRegisterIsNotReadBeforeTheWrite) {
-  Loaded m(R"(<MaskedIntReg Name="M"><Address>0</Address><Length>4</Length>
+// MaskedIntReg bit numbering: bit 0 is the least significant bit of a
+// little-endian register and the most significant of a big-endian one.
+TEST(MaskedIntReg, BitNumberingSignAndReadModifyWrite) {
+  const struct {
+    int length;
+    const char* endian;
+    int lsb, msb;
+    const char* sign;
+    std::vector<uint8_t> before;
+    int64_t value, min, max, written;
+    std::vector<uint8_t> after;  // empty: not written
+  } cases[] = {
+      {4,
+       "LittleEndian",
+       4,
+       11,
+       "Unsigned",
+       {0xA7, 0xE5, 0xCD, 0xAB},
+       0x5A,
+       0,
+       255,
+       0x3C,
+       {0xC7, 0xE3, 0xCD, 0xAB}},
+      {8,
+       "BigEndian",
+       15,
+       8,
+       "Unsigned",
+       {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77, 0x88},
+       0x22,
+       0,
+       255,
+       0xEE,
+       {0x11, 0xEE, 0x33, 0x44, 0x55, 0x66, 0x77, 0x88}},
+      {2, "BigEndian", 11, 0, "Unsigned", {0xAB, 0xCD}, 0xABC, 0, 4095, 0, {}},
+      {4, "LittleEndian", 0, 3, "Signed", {0x0F, 0, 0, 0}, -1, -8, 7, 0, {}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.length) + c.endian + std::to_string(c.lsb));
+    Loaded m("<MaskedIntReg Name=\"M\"><Address>0</Address><Length>" + std::to_string(c.length) +
+             "</Length><AccessMode>RW</AccessMode><pPort>Device</pPort><LSB>" +
+             std::to_string(c.lsb) + "</LSB><MSB>" + std::to_string(c.msb) + "</MSB><Sign>" +
+             c.sign + "</Sign><Endianess>" + c.endian + "</Endianess></MaskedIntReg>");
+    m.port.Poke(0, c.before);
+    IInteger* f = m.As<IInteger>("M");
+    EXPECT_EQ(f->GetValue(), c.value);
+    EXPECT_EQ(f->GetMin(), c.min);
+    EXPECT_EQ(f->GetMax(), c.max);
+    if (c.after.empty()) continue;
+    f->SetValue(c.written);  // the other bits are kept
+    EXPECT_EQ(m.port.Peek(0, c.length), c.after);
+  }
+  Loaded wo(R"(<MaskedIntReg Name="M"><Address>0</Address><Length>4</Length>
       <AccessMode>WO</AccessMode><pPort>Device</pPort><Bit>3</Bit></MaskedIntReg>)");
-  m.port.PokeLE32(0, 0xFFFFFFFF);
-  m.As<IInteger>("M")->SetValue(1);
-  EXPECT_EQ(m.port.reads, 0);
-  EXPECT_EQ(m.port.PeekLE32(0), 8u);
+  wo.port.PokeLE32(0, 0xFFFFFFFF);
+  wo.As<IInteger>("M")->SetValue(1);  // a write-only register is not read before the write
+  EXPECT_EQ(wo.port.reads, 0);
+  EXPECT_EQ(wo.port.PeekLE32(0), 8u);
 }
 
 TEST(FloatReg, FourAndEightBytesBothEndiannesses) {
@@ -203,16 +212,13 @@ TEST(Register, PortSwapsWordsWhenAsked) {
   genapi_test::MemoryPort port;
   CNodeMapRef ref;
   ref._LoadXMLFromString(
-      ("<RegisterDescription ModelName=\"M\" VendorName=\"V\" StandardNameSpace=\"None\" "
-       "SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\" SchemaSubMinorVersion=\"0\" "
-       "MajorVersion=\"1\" MinorVersion=\"0\" SubMinorVersion=\"0\" ProductGuid=\"\" "
-       "VersionGuid=\"\"><Port Name=\"P\"><SwapEndianess>Yes</SwapEndianess></Port>"
-       "<IntReg Name=\"R\"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>"
-       "<pPort>P</pPort></IntReg></RegisterDescription>"));
+      genapi_test::Describe(
+          "<Port Name=\"P\"><SwapEndianess>Yes</SwapEndianess></Port><IntReg Name=\"R\"><Address>0"
+          "</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>P</pPort></IntReg>")
+          .c_str());
   ASSERT_TRUE(ref._Connect(&port, "P"));
   port.PokeLE32(0, 0x11223344);
-  CIntegerPtr r = ref._GetNode("R");
-  EXPECT_EQ(r->GetValue(), 0x44332211);
+  EXPECT_EQ(CIntegerPtr(ref._GetNode("R"))->GetValue(), 0x44332211);
 }
 
 }  // namespace

@@ -35,6 +35,18 @@ class MemoryPort : public GenApi::IPort {
   std::map<int64_t, uint8_t> memory_;
 };
 
+// What a call comes to: "" when it returns, else the GenICam exception's type
+// and description ("OutOfRangeException: Value = ...").
+template <class Call>
+std::string Outcome(Call&& call) {
+  try {
+    call();
+  } catch (const GenICam::GenericException& e) {
+    return std::string(e.GetExceptionType()) + ": " + e.GetDescription();
+  }
+  return "";
+}
+
 // Wraps an inline node list in a RegisterDescription with a "Device" port.
 std::string Describe(const std::string& nodes, bool schema10 = false);
 

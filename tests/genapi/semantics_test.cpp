@@ -1,0 +1,921 @@
+// Node semantics: access modes (register and port modes, guards, imposed
+// modes, categories, the access-mode cache, cycles), value caching and
+// invalidation, callbacks (which nodes fire, de-duplication, the two phases
+// relative to the lock, client exceptions), links between nodes, selectors,
+// properties and the presentation queries of INode; the public helpers
+// (CPointer, node vectors, interface casts), named ports and threads.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "TestPort.h"
+
+namespace {
+
+using namespace GenApi;
+using genapi_test::Loaded;
+using Names = std::set<std::string>;
+
+std::string Reg(const char* name, const char* mode, int address, const char* extra = "") {
+  return std::string("<IntReg Name=\"") + name + "\">" + extra + "<Address>" +
+         std::to_string(address) + "</Address><Length>4</Length><AccessMode>" + mode +
+         "</AccessMode><pPort>Device</pPort></IntReg>";
+}
+
+TEST(Access, CombineTable) {
+  const EAccessMode all[] = {NI, NA, WO, RO, RW};
+  const EAccessMode expected[5][5] = {{NI, NI, NI, NI, NI},
+                                      {NI, NA, NA, NA, NA},
+                                      {NI, NA, WO, NA, WO},
+                                      {NI, NA, NA, RO, RO},
+                                      {NI, NA, WO, RO, RW}};
+  for (int a = 0; a < 5; ++a)
+    for (int b = 0; b < 5; ++b) EXPECT_EQ(Combine(all[a], all[b]), expected[a][b]) << a << b;
+  EXPECT_EQ(Combine(NoCache, WriteThrough), NoCache);
+  EXPECT_EQ(Combine(WriteAround, WriteThrough), WriteAround);
+  EXPECT_EQ(Combine(Beginner, Guru), Guru);
+}
+
+TEST(Access, RegisterModeCombinesWithThePort) {
+  Loaded m(Reg("RW", "RW", 0) + Reg("RO", "RO", 4) + Reg("WO", "WO", 8) + Reg("Def", "", 12));
+  EXPECT_EQ(m.Node("RW")->GetAccessMode(), RW);
+  EXPECT_EQ(m.Node("RO")->GetAccessMode(), RO);
+  EXPECT_EQ(m.Node("WO")->GetAccessMode(), WO);
+  EXPECT_EQ(m.Node("Def")->GetAccessMode(), RO);  // default AccessMode
+  m.port.mode = RO;
+  m.ref._InvalidateNodes();
+  EXPECT_EQ(m.Node("RW")->GetAccessMode(), RO);
+  EXPECT_EQ(m.Node("WO")->GetAccessMode(), NA);
+  CNodeMapRef unconnected;
+  unconnected._LoadXMLFromString(genapi_test::Describe(Reg("RW", "RW", 0)).c_str());
+  EXPECT_EQ(unconnected._GetNode("RW")->GetAccessMode(), NA);
+  EXPECT_THROW(CIntegerPtr(unconnected._GetNode("RW"))->GetValue(), GenICam::AccessException);
+}
+
+TEST(Access, ReadAndWriteChecksUseTheReferenceTexts) {
+  Loaded m(Reg("RO", "RO", 0) + Reg("WO", "WO", 4));
+  try {
+    m.As<IInteger>("RO")->SetValue(1);
+    FAIL();
+  } catch (const GenICam::AccessException& e) {
+    EXPECT_STREQ(e.GetDescription(), "Node is not writable.");
+  }
+  try {
+    m.As<IInteger>("WO")->GetValue();
+    FAIL();
+  } catch (const GenICam::AccessException& e) {
+    EXPECT_STREQ(e.GetDescription(), "Node is not readable.");
+  }
+  m.As<IInteger>("RO")->SetValue(1, false);  // Verify=false skips the access check
+  EXPECT_EQ(m.port.PeekLE32(0), 1u);
+}
+
+struct GuardCase {
+  const char* element;
+  int64_t guardValue;
+  EAccessMode rw, ro, wo;
+};
+
+TEST(Access, GuardsForEveryValueAndMode) {
+  const GuardCase cases[] = {
+      {"pIsImplemented", 0, NI, NI, NI}, {"pIsImplemented", 1, RW, RO, WO},
+      {"pIsAvailable", 0, NA, NA, NA},   {"pIsAvailable", 2, RW, RO, WO},
+      {"pIsLocked", 1, RO, RO, NA},      {"pIsLocked", 0, RW, RO, WO},
+  };
+  for (const GuardCase& c : cases) {
+    SCOPED_TRACE(std::string(c.element) + "=" + std::to_string(c.guardValue));
+    const std::string guard = std::string("<") + c.element + ">G</" + c.element + ">";
+    Loaded m("<Integer Name=\"G\"><Value>" + std::to_string(c.guardValue) + "</Value></Integer>" +
+             Reg("A", "RW", 0, guard.c_str()) + Reg("B", "RO", 4, guard.c_str()) +
+             Reg("C", "WO", 8, guard.c_str()));
+    EXPECT_EQ(m.Node("A")->GetAccessMode(), c.rw);
+    EXPECT_EQ(m.Node("B")->GetAccessMode(), c.ro);
+    EXPECT_EQ(m.Node("C")->GetAccessMode(), c.wo);
+  }
+}
+
+TEST(Access, GuardsOfEveryValueKind) {
+  Loaded m(R"(
+    <Boolean Name="Bo"><Value>false</Value></Boolean>
+    <Enumeration Name="En"><Value>0</Value><EnumEntry Name="Z"><Value>0</Value></EnumEntry>
+      <EnumEntry Name="O"><Value>1</Value></EnumEntry></Enumeration>
+    <Float Name="Fl"><Value>0</Value></Float>
+    <Integer Name="A"><pIsAvailable>Bo</pIsAvailable><Value>1</Value></Integer>
+    <Integer Name="B"><pIsAvailable>En</pIsAvailable><Value>1</Value></Integer>
+    <Integer Name="C"><pIsAvailable>Fl</pIsAvailable><Value>1</Value></Integer>)");
+  for (const char* n : {"A", "B", "C"}) EXPECT_EQ(m.Node(n)->GetAccessMode(), NA) << n;
+  m.As<IBoolean>("Bo")->SetValue(true);
+  m.As<IEnumeration>("En")->FromString("O");
+  m.As<IFloat>("Fl")->SetValue(1.0);
+  for (const char* n : {"A", "B", "C"}) EXPECT_EQ(m.Node(n)->GetAccessMode(), RW) << n;
+}
+
+TEST(Access, ImposedModes) {
+  Loaded m(Reg("A", "RW", 0, "<ImposedAccessMode>RO</ImposedAccessMode>") + Reg("B", "RW", 4));
+  EXPECT_EQ(m.Node("A")->GetAccessMode(), RO);
+  m.Node("B")->ImposeAccessMode(RO);
+  EXPECT_EQ(m.Node("B")->GetAccessMode(), RO);
+  m.Node("B")->ImposeAccessMode(WO);
+  EXPECT_EQ(m.Node("B")->GetAccessMode(), WO);
+  m.Node("B")->ImposeAccessMode(NI);
+  EXPECT_EQ(m.Node("B")->GetAccessMode(), NI);
+}
+
+TEST(Access, PointerNodesTakeTheModeOfTheirTarget) {
+  Loaded m(Reg("R", "RO", 0) +
+           "<Integer Name=\"I\"><pValue>R</pValue></Integer>"
+           "<Float Name=\"F\"><pValue>R</pValue></Float>"
+           "<Integer Name=\"Floating\"><Value>1</Value></Integer>");
+  EXPECT_EQ(m.Node("I")->GetAccessMode(), RO);
+  EXPECT_EQ(m.Node("F")->GetAccessMode(), RO);
+  EXPECT_EQ(m.Node("Floating")->GetAccessMode(), RW);
+}
+
+TEST(Access, CategoriesAreReadOnlyOrNotImplemented) {
+  Loaded m(R"(
+    <Integer Name="G"><Value>0</Value></Integer>
+    <Integer Name="X"><pIsImplemented>G</pIsImplemented><Value>1</Value></Integer>
+    <Category Name="Hidden"><pFeature>X</pFeature></Category>
+    <Category Name="Root"><pFeature>Hidden</pFeature><pFeature>G</pFeature></Category>
+    <Category Name="Guarded"><pIsImplemented>G</pIsImplemented><pFeature>G</pFeature></Category>)");
+  EXPECT_EQ(m.Node("Hidden")->GetAccessMode(), NI);
+  EXPECT_EQ(m.Node("Root")->GetAccessMode(), RO);
+  EXPECT_EQ(m.Node("Guarded")->GetAccessMode(), NI);
+  FeatureList_t features;
+  m.As<ICategory>("Root")->GetFeatures(features);
+  ASSERT_EQ(features.size(), 2u);
+  EXPECT_EQ(std::string(features[0]->GetNode()->GetName().c_str()), "Hidden");
+}
+
+TEST(Access, CacheableOnlyWithoutNoCacheGuards) {
+  Loaded m(Reg("CachedGuard", "RO", 0) + Reg("LiveGuard", "RO", 4, "<Cachable>NoCache</Cachable>") +
+           Reg("A", "RW", 8, "<pIsAvailable>CachedGuard</pIsAvailable>") +
+           Reg("B", "RW", 12, "<pIsAvailable>LiveGuard</pIsAvailable>"));
+  EXPECT_EQ(m.Node("A")->IsAccessModeCacheable(), Yes);
+  EXPECT_EQ(m.Node("B")->IsAccessModeCacheable(), No);
+  EXPECT_EQ(m.Node("A")->GetAccessMode(), NA);
+  EXPECT_EQ(m.Node("B")->GetAccessMode(), NA);
+  m.port.PokeLE32(0, 1);
+  m.port.PokeLE32(4, 1);
+  EXPECT_EQ(m.Node("A")->GetAccessMode(), NA);  // cached until invalidated
+  EXPECT_EQ(m.Node("B")->GetAccessMode(), RW);  // recomputed every time
+  m.Node("CachedGuard")->InvalidateNode();
+  EXPECT_EQ(m.Node("A")->GetAccessMode(), RW);
+}
+
+// A guard that is not readable makes the node unavailable. A guard that
+// cannot be read (a silent device, a formula that cannot be evaluated) is an
+// error that reaches the caller, as in the reference: a feature tree shows it.
+// Nothing is cached then, so the mode is right once the cause is gone.
+TEST(Access, GuardsThatCannotBeRead) {
+  struct Case {
+    const char* guard;
+    const char* guardNode;
+    bool silentDevice;
+    const char* exceptionType;  // null: the node is NA
+  };
+  const std::string kWriteOnly = Reg("G", "WO", 0x40);
+  const std::string kRegister = Reg("G", "RO", 0x40, "<Cachable>NoCache</Cachable>");
+  const std::string kBrokenKnife =
+      "<IntSwissKnife Name=\"G\"><Formula>1/0</Formula></IntSwissKnife>";
+  const Case cases[] = {
+      {"pIsImplemented", kWriteOnly.c_str(), false, nullptr},
+      {"pIsAvailable", kWriteOnly.c_str(), false, nullptr},
+      {"pIsImplemented", kRegister.c_str(), true, "TimeoutException"},
+      {"pIsAvailable", kRegister.c_str(), true, "TimeoutException"},
+      {"pIsLocked", kRegister.c_str(), true, "TimeoutException"},
+      {"pIsAvailable", kBrokenKnife.c_str(), false, "LogicalErrorException"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.guard) + " over " + c.guardNode);
+    const std::string guard = std::string("<") + c.guard + ">G</" + c.guard + ">";
+    Loaded m(c.guardNode + Reg("A", "RW", 0, guard.c_str()));
+    m.port.PokeLE32(0x40, 1);
+    m.port.failReads = c.silentDevice;
+    if (!c.exceptionType) {
+      EXPECT_EQ(m.Node("A")->GetAccessMode(), NA);
+      continue;
+    }
+    try {
+      m.Node("A")->GetAccessMode();
+      ADD_FAILURE() << "no exception";
+    } catch (const GenICam::GenericException& e) {
+      EXPECT_STREQ(e.GetExceptionType(), c.exceptionType) << e.what();
+    }
+    if (!c.silentDevice) continue;
+    m.port.failReads = false;
+    EXPECT_EQ(m.Node("A")->GetAccessMode(), c.guard == std::string("pIsLocked") ? RO : RW);
+  }
+}
+
+TEST(Access, GuardCyclesDoNotHang) {
+  Loaded m(R"(
+    <Integer Name="A"><pIsAvailable>B</pIsAvailable><Value>1</Value></Integer>
+    <Integer Name="B"><pIsAvailable>A</pIsAvailable><Value>1</Value></Integer>)");
+  EXPECT_TRUE(IsAvailable(m.Node("A")));
+  EXPECT_TRUE(IsAvailable(m.Node("B")));
+}
+
+TEST(Access, HelpersOnModesAndPointers) {
+  const EAccessMode modes[] = {NI, NA, WO, RO, RW};
+  const bool readable[] = {false, false, false, true, true},
+             writable[] = {false, false, true, false, true};
+  for (int k = 0; k < 5; ++k) {
+    EXPECT_EQ(IsReadable(modes[k]), readable[k]) << k;
+    EXPECT_EQ(IsWritable(modes[k]), writable[k]) << k;
+    EXPECT_EQ(IsImplemented(modes[k]), k > 0) << k;
+    EXPECT_EQ(IsAvailable(modes[k]), k > 1) << k;
+  }
+  const IBase* none = nullptr;
+  EXPECT_FALSE(IsReadable(none) || IsWritable(none) || IsAvailable(none) || IsImplemented(none));
+  CIntegerPtr empty;
+  EXPECT_FALSE(IsReadable(empty) || IsWritable(empty));
+  Loaded m(Reg("R", "RW", 0));
+  CIntegerPtr r = m.ref._GetNode("R");
+  EXPECT_TRUE(IsReadable(r) && IsWritable(r) && IsAvailable(r) && IsImplemented(r));
+  EXPECT_TRUE(IsVisible(Beginner, Expert));
+  EXPECT_FALSE(IsVisible(Guru, Expert));
+}
+
+std::string CachedReg(const char* name, const char* caching, int address = 0) {
+  return std::string("<IntReg Name=\"") + name + "\"><Address>" + std::to_string(address) +
+         "</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>" +
+         (caching ? std::string("<Cachable>") + caching + "</Cachable>" : std::string()) +
+         "</IntReg>";
+}
+
+TEST(Caching, WriteThroughKeepsTheWrittenValue) {
+  Loaded m(CachedReg("R", "WriteThrough"));
+  IInteger* r = m.As<IInteger>("R");
+  EXPECT_EQ(r->GetNode()->GetCachingMode(), WriteThrough);
+  r->SetValue(5);
+  const int reads = m.port.reads;
+  m.port.PokeLE32(0, 9);  // the device changes behind our back
+  EXPECT_EQ(r->GetValue(), 5);
+  EXPECT_EQ(m.port.reads, reads);
+  EXPECT_TRUE(r->IsValueCacheValid());
+  EXPECT_EQ(r->GetValue(false, true), 9);  // IgnoreCache reads through
+  r->GetNode()->InvalidateNode();
+  EXPECT_EQ(r->GetValue(), 9);
+}
+
+TEST(Caching, WriteAroundReadsAfterEveryWrite) {
+  Loaded m(CachedReg("R", "WriteAround"));
+  IInteger* r = m.As<IInteger>("R");
+  r->SetValue(5);
+  EXPECT_FALSE(r->IsValueCacheValid());
+  m.port.PokeLE32(0, 4);  // the device rounds the written value
+  EXPECT_EQ(r->GetValue(), 4);
+  const int reads = m.port.reads;
+  EXPECT_EQ(r->GetValue(), 4);
+  EXPECT_EQ(m.port.reads, reads);  // cached after that read
+}
+
+TEST(Caching, NoCacheAlwaysReads) {
+  Loaded m(CachedReg("R", "NoCache"));
+  IInteger* r = m.As<IInteger>("R");
+  r->GetValue();
+  const int reads = m.port.reads;
+  r->GetValue();
+  r->GetValue();
+  EXPECT_EQ(m.port.reads, reads + 2);
+  EXPECT_FALSE(r->IsValueCacheValid());
+}
+
+TEST(Caching, ModesAreInheritedThroughReadingLinks) {
+  Loaded m(CachedReg("Live", "NoCache", 0) + CachedReg("Cached", nullptr, 4) +
+           "<Integer Name=\"I\"><pValue>Live</pValue></Integer>"
+           "<IntSwissKnife Name=\"K\"><pVariable Name=\"L\">Live</pVariable><Formula>L</Formula>"
+           "</IntSwissKnife>"
+           "<IntReg Name=\"Indirect\"><pAddress>Live</pAddress><Length>4</Length>"
+           "<AccessMode>RO</AccessMode><pPort>Device</pPort><Cachable>WriteAround</Cachable>"
+           "</IntReg>"
+           "<FloatReg Name=\"F\"><Address>8</Address><Length>4</Length>"
+           "<AccessMode>RO</AccessMode><pPort>Device</pPort></FloatReg>");
+  EXPECT_EQ(m.Node("Cached")->GetCachingMode(), WriteThrough);
+  EXPECT_EQ(m.Node("I")->GetCachingMode(), NoCache);
+  EXPECT_EQ(m.Node("K")->GetCachingMode(), NoCache);
+  EXPECT_EQ(m.Node("Indirect")->GetCachingMode(), NoCache);
+  EXPECT_EQ(m.Node("F")->GetCachingMode(), WriteAround);  // FloatReg default
+  EXPECT_FALSE(m.Node("I")->IsCachable());
+}
+
+TEST(Caching, RegisterCachesAreKeyedByAddressAndLength) {
+  Loaded m(R"(
+    <Integer Name="Sel"><Value>0</Value></Integer>
+    <IntReg Name="R"><Address>0x100</Address><pIndex Offset="4">Sel</pIndex><Length>4</Length>
+      <AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>)");
+  m.port.PokeLE32(0x100, 11);
+  m.port.PokeLE32(0x104, 22);
+  IInteger* r = m.As<IInteger>("R");
+  IInteger* sel = m.As<IInteger>("Sel");
+  EXPECT_EQ(r->GetValue(), 11);
+  sel->SetValue(1);
+  EXPECT_EQ(r->GetValue(), 22);
+  r->SetValue(33);
+  sel->SetValue(0);
+  EXPECT_EQ(r->GetValue(), 11);
+  sel->SetValue(1);
+  EXPECT_EQ(r->GetValue(), 33);
+}
+
+TEST(Caching, InvalidationGoesToDependentsNeverToChildren) {
+  Loaded m(CachedReg("R", nullptr) + "<Integer Name=\"I\"><pValue>R</pValue></Integer>");
+  IInteger* i = m.As<IInteger>("I");
+  EXPECT_EQ(i->GetValue(), 0);
+  m.port.PokeLE32(0, 7);
+  i->GetNode()->InvalidateNode();
+  EXPECT_EQ(i->GetValue(), 0);  // the register keeps its cache
+  m.Node("R")->InvalidateNode();
+  EXPECT_EQ(i->GetValue(), 7);
+}
+
+TEST(Caching, InvalidatorsSelectorsAndPorts) {
+  Loaded m(CachedReg("A", nullptr, 0) + CachedReg("Trigger", nullptr, 4) +
+           "<IntReg Name=\"B\"><pInvalidator>Trigger</pInvalidator><Address>8</Address>"
+           "<Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>"
+           "<Integer Name=\"Selector\"><Value>0</Value><pSelected>A</pSelected></Integer>");
+  IInteger* a = m.As<IInteger>("A");
+  IInteger* b = m.As<IInteger>("B");
+  a->GetValue();
+  b->GetValue();
+  m.port.PokeLE32(0, 1);
+  m.port.PokeLE32(8, 2);
+  m.As<IInteger>("Trigger")->SetValue(1);
+  EXPECT_EQ(b->GetValue(), 2);
+  EXPECT_EQ(a->GetValue(), 0);
+  m.As<IInteger>("Selector")->SetValue(1);
+  EXPECT_EQ(a->GetValue(), 1);
+  m.port.PokeLE32(0, 5);
+  m.port.PokeLE32(8, 6);
+  m.Node("Device")->InvalidateNode();
+  EXPECT_EQ(a->GetValue(), 5);
+  EXPECT_EQ(b->GetValue(), 6);
+  m.port.PokeLE32(0, 8);
+  m.ref._InvalidateNodes();
+  EXPECT_EQ(a->GetValue(), 8);
+}
+
+TEST(Caching, FailedWriteDropsTheCache) {
+  Loaded m(CachedReg("R", nullptr));
+  IInteger* r = m.As<IInteger>("R");
+  r->SetValue(3);
+  m.port.failWrites = true;
+  EXPECT_THROW(r->SetValue(4), GenICam::RuntimeException);
+  m.port.failWrites = false;
+  m.port.PokeLE32(0, 9);
+  EXPECT_EQ(r->GetValue(), 9);
+}
+
+TEST(Caching, PollingInvalidatesAfterThePollingTime) {
+  Loaded m(R"(<IntReg Name="Temp"><Address>0</Address><Length>4</Length>
+      <AccessMode>RO</AccessMode><pPort>Device</pPort><PollingTime>100</PollingTime></IntReg>
+      <Integer Name="Block"><Value>0</Value></Integer>
+      <IntReg Name="Blocked"><pBlockPolling>Block</pBlockPolling><Address>4</Address>
+      <Length>4</Length><AccessMode>RO</AccessMode><pPort>Device</pPort>
+      <PollingTime>100</PollingTime></IntReg>)");
+  IInteger* t = m.As<IInteger>("Temp");
+  IInteger* blocked = m.As<IInteger>("Blocked");
+  EXPECT_EQ(t->GetNode()->GetPollingTime(), 100);
+  m.As<IInteger>("Block")->SetValue(1);
+  EXPECT_EQ(t->GetValue(), 0);
+  EXPECT_EQ(blocked->GetValue(), 0);
+  m.port.PokeLE32(0, 40);
+  m.port.PokeLE32(4, 41);
+  m.ref._Poll(60);
+  EXPECT_EQ(t->GetValue(), 0);
+  m.ref._Poll(60);
+  EXPECT_EQ(t->GetValue(), 40);
+  EXPECT_EQ(blocked->GetValue(), 0);  // polling blocked
+}
+
+TEST(Caching, CommandsPollWhileBusySelfClearingEntriesReadThrough) {
+  Loaded m(R"(
+    <Command Name="C"><pValue>R</pValue><CommandValue>1</CommandValue>
+      <PollingTime>10</PollingTime></Command>
+    <IntReg Name="R"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>
+      <pPort>Device</pPort></IntReg>
+    <Enumeration Name="E"><pValue>S</pValue><PollingTime>10</PollingTime>
+      <EnumEntry Name="Idle"><Value>0</Value></EnumEntry>
+      <EnumEntry Name="Run"><Value>1</Value><IsSelfClearing>Yes</IsSelfClearing></EnumEntry>
+    </Enumeration>
+    <IntReg Name="S"><Address>4</Address><Length>4</Length><AccessMode>RW</AccessMode>
+      <pPort>Device</pPort></IntReg>)");
+  int fired = 0;
+  Register(m.Node("C"), [&](INode*) { ++fired; });
+  m.ref._Poll(100);
+  EXPECT_EQ(fired, 0);  // idle command: no polling
+  m.As<ICommand>("C")->Execute();
+  fired = 0;
+  m.ref._Poll(100);
+  EXPECT_EQ(fired, 1);
+  IEnumeration* e = m.As<IEnumeration>("E");
+  e->FromString("Run");
+  EXPECT_EQ(std::string(e->ToString().c_str()), "Run");
+  m.port.PokeLE32(4, 0);  // the device clears the entry; reads bypass the cache meanwhile
+  EXPECT_EQ(std::string(e->ToString().c_str()), "Idle");
+  const int reads = m.port.reads;
+  e->ToString();
+  EXPECT_EQ(m.port.reads, reads);  // an ordinary entry is cached again
+}
+
+// Records the names of nodes whose callbacks fired.
+struct Recorder {
+  void OnChange(INode* node) { fired.push_back(node->GetName().c_str()); }
+  std::set<std::string> Take() {
+    std::set<std::string> s(fired.begin(), fired.end());
+    fired.clear();
+    return s;
+  }
+  std::vector<std::string> fired;
+};
+
+void RegisterAll(Loaded& m, Recorder& r) {
+  NodeList_t nodes;
+  m.ref._GetNodes(nodes);
+  for (INode* n : nodes) Register(n, r, &Recorder::OnChange);
+}
+
+const char* kFloatFamily = R"(
+  <Integer Name="E"><Value>1</Value></Integer>
+  <Float Name="A"><pValue>B</pValue><pMin>C</pMin><pMax>D</pMax></Float>
+  <FloatReg Name="B"><pIsAvailable>E</pIsAvailable><Address>0</Address><Length>4</Length>
+    <AccessMode>RW</AccessMode><pPort>Device</pPort></FloatReg>
+  <FloatReg Name="C"><pIsAvailable>E</pIsAvailable><Address>4</Address><Length>4</Length>
+    <AccessMode>RW</AccessMode><pPort>Device</pPort></FloatReg>
+  <FloatReg Name="D"><pIsAvailable>E</pIsAvailable><Address>8</Address><Length>4</Length>
+    <AccessMode>RW</AccessMode><pPort>Device</pPort></FloatReg>)";
+
+TEST(Callbacks, WritesFireTheNodeAndItsDependents) {
+  Loaded m(kFloatFamily);
+  m.As<IFloat>("D")->SetValue(100);
+  Recorder r;
+  RegisterAll(m, r);
+  m.As<IFloat>("C")->SetValue(0);
+  EXPECT_EQ(r.Take(), (Names{"C", "A"}));
+  m.As<IFloat>("D")->SetValue(10);
+  EXPECT_EQ(r.Take(), (Names{"D", "A"}));
+  m.As<IFloat>("B")->SetValue(1);
+  EXPECT_EQ(r.Take(), (Names{"B", "A"}));
+  m.As<IFloat>("A")->SetValue(2);
+  EXPECT_EQ(r.Take(), (Names{"A", "B"}));
+  m.As<IInteger>("E")->SetValue(1);  // unchanged value still fires
+  EXPECT_EQ(r.Take(), (Names{"A", "B", "C", "D", "E"}));
+  m.As<IFloat>("A")->GetValue();
+  m.As<IFloat>("A")->ToString();
+  EXPECT_TRUE(r.Take().empty());  // reads never fire
+}
+
+TEST(Callbacks, InvalidationFiresTheNodeAndDependentsOnly) {
+  Loaded m(kFloatFamily);
+  Recorder r;
+  RegisterAll(m, r);
+  m.Node("A")->InvalidateNode();
+  EXPECT_EQ(r.Take(), (Names{"A"}));
+  m.Node("B")->InvalidateNode();
+  EXPECT_EQ(r.Take(), (Names{"B", "A"}));
+  m.Node("Device")->InvalidateNode();
+  EXPECT_EQ(r.Take(), (Names{"A", "B", "C", "D", "Device"}));
+}
+
+TEST(Callbacks, InvalidatorsAndSelectorsAreFollowed) {
+  Loaded m(R"(
+    <MaskedIntReg Name="D"><pInvalidator>E</pInvalidator><pSelected>F</pSelected>
+      <Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>
+      <Bit>0</Bit></MaskedIntReg>
+    <MaskedIntReg Name="E"><pInvalidator>D</pInvalidator><Address>4</Address><Length>4</Length>
+      <AccessMode>RW</AccessMode><pPort>Device</pPort><Bit>0</Bit></MaskedIntReg>
+    <Integer Name="A"><pValue>D</pValue></Integer>
+    <Integer Name="B"><pValue>F</pValue></Integer>
+    <Integer Name="F"><Value>0</Value></Integer>
+    <Integer Name="G"><pInvalidator>E</pInvalidator><Value>0</Value></Integer>)");
+  Recorder r;
+  RegisterAll(m, r);
+  m.As<IInteger>("A")->SetValue(1);
+  EXPECT_EQ(r.Take(), (Names{"A", "B", "D", "E", "F", "G"}));
+  m.As<IInteger>("B")->SetValue(1);
+  EXPECT_EQ(r.Take(), (Names{"B", "F"}));
+  m.As<IInteger>("G")->SetValue(1);
+  EXPECT_EQ(r.Take(), (Names{"G"}));
+}
+
+TEST(Callbacks, EachCallbackFiresOncePerWrite) {
+  Loaded m(R"(
+    <Integer Name="X"><Value>0</Value></Integer>
+    <IntSwissKnife Name="K"><pVariable Name="A">X</pVariable><pVariable Name="B">X</pVariable>
+      <Formula>A+B</Formula></IntSwissKnife>
+    <Integer Name="Y"><pInvalidator>X</pInvalidator><pInvalidator>K</pInvalidator>
+      <Value>0</Value></Integer>)");
+  Recorder r;
+  RegisterAll(m, r);
+  m.As<IInteger>("X")->SetValue(3);
+  std::vector<std::string> fired = r.fired;
+  std::sort(fired.begin(), fired.end());
+  EXPECT_EQ(fired, (std::vector<std::string>{"K", "X", "Y"}));
+}
+
+TEST(Callbacks, InsideLockPhaseHoldsTheLockOutsidePhaseDoesNot) {
+  Loaded m("<Integer Name=\"I\"><Value>0</Value></Integer>");
+  INodeMap* map = m.ref._Ptr;
+  std::vector<std::pair<ECallbackType, bool>> seen;
+  auto probe = [&](ECallbackType type) {
+    return [&, type](INode*) {
+      bool lockedByOther = false;
+      std::thread t([&] {
+        lockedByOther = !map->GetLock().TryLock();
+        if (!lockedByOther) map->GetLock().Unlock();
+      });
+      t.join();
+      seen.emplace_back(type, lockedByOther);
+    };
+  };
+  Register(m.Node("I"), probe(cbPostInsideLock), cbPostInsideLock);
+  Register(m.Node("I"), probe(cbPostOutsideLock), cbPostOutsideLock);
+  m.As<IInteger>("I")->SetValue(1);
+  ASSERT_EQ(seen.size(), 2u);
+  EXPECT_EQ(seen[0], std::make_pair(cbPostInsideLock, true));
+  EXPECT_EQ(seen[1], std::make_pair(cbPostOutsideLock, false));
+}
+
+// A client's exception is not swallowed: it reaches the caller of the write
+// or invalidation, as in the reference. The map has finished its bookkeeping
+// first: the value is written, the lock is free, the next write works.
+TEST(Callbacks, ClientExceptionsReachTheCaller) {
+  struct Case {
+    ECallbackType phase;
+    bool write;  // else InvalidateNode
+  };
+  for (const Case c : {Case{cbPostInsideLock, true}, Case{cbPostOutsideLock, true},
+                       Case{cbPostInsideLock, false}, Case{cbPostOutsideLock, false}}) {
+    Loaded m(R"(<IntReg Name="R"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>
+                <pPort>Device</pPort></IntReg>)");
+    IInteger* r = m.As<IInteger>("R");
+    const CallbackHandleType handle = Register(
+        r->GetNode(), [](INode*) { throw GenICam::RuntimeException("client failed", "cb", 1); },
+        c.phase);
+    try {
+      if (c.write)
+        r->SetValue(7);
+      else
+        r->GetNode()->InvalidateNode();
+      ADD_FAILURE() << "phase " << c.phase << " write " << c.write;
+    } catch (const GenICam::RuntimeException& e) {
+      EXPECT_STREQ(e.GetDescription(), "client failed");
+    }
+    EXPECT_EQ(r->GetValue(), c.write ? 7 : 0);
+    std::thread([&] {
+      EXPECT_TRUE(m.ref._Ptr->GetLock().TryLock());
+      m.ref._Ptr->GetLock().Unlock();
+    }).join();
+    EXPECT_TRUE(Deregister(handle));
+    r->SetValue(8);
+    EXPECT_EQ(m.port.PeekLE32(0), 8u);
+  }
+}
+
+TEST(Callbacks, RegistrationAndRemoval) {
+  Loaded m("<Integer Name=\"I\"><Value>0</Value></Integer>");
+  Recorder r;
+  INode* node = m.Node("I");
+  CallbackHandleType h1 = Register(node, r, &Recorder::OnChange);
+  int calls = 0;
+  CallbackHandleType h2 = Register(node, [&](INode*) { ++calls; });
+  m.As<IInteger>("I")->SetValue(1);
+  EXPECT_EQ(r.fired.size(), 1u);
+  EXPECT_EQ(calls, 1);
+  EXPECT_TRUE(node->DeregisterCallback(h1));
+  EXPECT_FALSE(node->DeregisterCallback(h1));
+  EXPECT_TRUE(Deregister(h2));
+  EXPECT_FALSE(Deregister(h2));
+  m.As<IInteger>("I")->SetValue(2);
+  EXPECT_EQ(r.fired.size(), 1u);
+  EXPECT_EQ(calls, 1);
+}
+
+TEST(Callbacks, MemberCallbackFiresOnlyInItsPhase) {
+  Loaded m("<Integer Name=\"I\"><Value>0</Value></Integer>");
+  Recorder r;
+  Member_NodeCallback<Recorder, void (Recorder::*)(INode*)> cb(m.Node("I"), r, &Recorder::OnChange,
+                                                               cbPostOutsideLock);
+  cb(cbPostInsideLock);
+  EXPECT_TRUE(r.fired.empty());
+  cb(cbPostOutsideLock);
+  EXPECT_EQ(r.fired.size(), 1u);
+  EXPECT_EQ(cb.GetNode(), m.Node("I"));
+}
+
+TEST(Callbacks, ImposeAccessModeAndCommandCompletionFire) {
+  Loaded m(R"(
+    <Command Name="C"><pValue>R</pValue><CommandValue>1</CommandValue></Command>
+    <IntReg Name="R"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>
+      <pPort>Device</pPort></IntReg>
+    <Integer Name="Watcher"><pInvalidator>R</pInvalidator><Value>0</Value></Integer>)");
+  Recorder r;
+  RegisterAll(m, r);
+  m.Node("Watcher")->ImposeAccessMode(RO);
+  EXPECT_EQ(r.Take(), (Names{"Watcher"}));
+  m.As<ICommand>("C")->Execute();
+  EXPECT_EQ(r.Take(), (Names{"C", "R", "Watcher"}));
+  EXPECT_FALSE(m.As<ICommand>("C")->IsDone());
+  EXPECT_TRUE(r.Take().empty());
+  m.port.PokeLE32(0, 0);
+  EXPECT_TRUE(m.As<ICommand>("C")->IsDone());
+  EXPECT_EQ(r.Take(), (Names{"C", "R", "Watcher"}));
+}
+
+Names Children(INode* n, ELinkType type) {
+  NodeList_t list;
+  n->GetChildren(list, type);
+  Names names;
+  for (INode* c : list) names.insert(c->GetName().c_str());
+  return names;
+}
+
+TEST(Links, AllSixLinkTypes) {
+  Loaded m(R"(
+    <Integer Name="TheNode"><pInvalidator>G</pInvalidator><pValue>A</pValue><pMin>B</pMin>
+    </Integer>
+    <Integer Name="A"><pValue>C</pValue></Integer>
+    <Integer Name="B"><Value>0</Value></Integer>
+    <Integer Name="C"><Value>0</Value></Integer>
+    <Integer Name="D"><pValue>TheNode</pValue></Integer>
+    <Integer Name="E"><pValue>D</pValue></Integer>
+    <Integer Name="F"><pInvalidator>TheNode</pInvalidator><Value>0</Value></Integer>
+    <Integer Name="G"><pInvalidator>H</pInvalidator><Value>0</Value></Integer>
+    <Integer Name="H"><Value>0</Value></Integer>)");
+  INode* n = m.Node("TheNode");
+  EXPECT_EQ(Children(n, ctWritingChildren), (Names{"A"}));
+  EXPECT_EQ(Children(n, ctReadingChildren), (Names{"A", "B"}));
+  EXPECT_EQ(Children(n, ctInvalidatingChildren), (Names{"A", "B", "G"}));
+  EXPECT_EQ(Children(n, ctTerminalNodes), (Names{"C"}));
+  EXPECT_EQ(Children(n, ctDependingNodes), (Names{"D", "E", "F"}));
+  EXPECT_EQ(Children(n, ctParentNodes), (Names{"D"}));
+  NodeList_t parents;
+  n->GetParents(parents);
+  EXPECT_EQ(parents.size(), 1u);
+  NodeList_t reading;
+  n->GetChildren(reading);  // default link type
+  EXPECT_EQ(reading.size(), 2u);
+}
+
+TEST(Links, TheValueSourceComesFirst) {
+  Loaded m(R"(
+    <Integer Name="G"><Value>1</Value></Integer>
+    <Integer Name="I"><pIsImplemented>G</pIsImplemented><pValue>R</pValue></Integer>
+    <IntReg Name="R"><Address>0x44</Address><Length>4</Length><AccessMode>RW</AccessMode>
+      <pPort>Device</pPort></IntReg>)");
+  NodeList_t children;
+  m.Node("I")->GetChildren(children, ctInvalidatingChildren);
+  ASSERT_EQ(children.size(), 2u);
+  CRegisterPtr first = children[0];
+  ASSERT_TRUE(first.IsValid());
+  EXPECT_EQ(first->GetAddress(), 0x44);
+}
+
+TEST(Links, DependentAndTerminalProperties) {
+  Loaded m(R"(
+    <String Name="A"><Value>x</Value></String>
+    <String Name="B"><pValue>A</pValue></String>
+    <String Name="C"><pValue>B</pValue></String>
+    <String Name="D"><pValue>A</pValue></String>
+    <String Name="E"><pValue>D</pValue></String>
+    <String Name="F"><pValue>A</pValue></String>)");
+  GenICam::gcstring value, attribute;
+  EXPECT_TRUE(m.Node("A")->GetProperty("pDependent", value, attribute));
+  std::string text = value.c_str();
+  Names names;
+  size_t start = 0;
+  while (start <= text.size()) {
+    const size_t tab = text.find('\t', start);
+    names.insert(text.substr(start, tab == std::string::npos ? std::string::npos : tab - start));
+    if (tab == std::string::npos) break;
+    start = tab + 1;
+  }
+  EXPECT_EQ(names, (Names{"B", "C", "D", "E", "F"}));
+  m.Node("C")->GetProperty("pTerminal", value, attribute);
+  EXPECT_EQ(std::string(value.c_str()), "A");
+}
+
+TEST(Links, Selectors) {
+  Loaded m(R"(
+    <Integer Name="Sel"><Value>0</Value><pSelected>X</pSelected><pSelected>Y</pSelected></Integer>
+    <Integer Name="X"><Value>0</Value></Integer>
+    <Integer Name="Y"><Value>0</Value></Integer>)");
+  CSelectorPtr sel = m.ref._GetNode("Sel");
+  ASSERT_TRUE(sel.IsValid());
+  EXPECT_TRUE(sel->IsSelector());
+  FeatureList_t selected;
+  sel->GetSelectedFeatures(selected);
+  EXPECT_EQ(selected.size(), 2u);
+  CSelectorPtr x = m.ref._GetNode("X");
+  EXPECT_FALSE(x->IsSelector());
+  FeatureList_t selecting;
+  x->GetSelectingFeatures(selecting);
+  ASSERT_EQ(selecting.size(), 1u);
+  EXPECT_EQ(std::string(selecting[0]->GetNode()->GetName().c_str()), "Sel");
+}
+
+TEST(Links, PropertiesCarryValueAndAttribute) {
+  Loaded m(R"(
+    <IntSwissKnife Name="K" NameSpace="Standard"><ToolTip>tip</ToolTip>
+      <pVariable Name="A">X</pVariable><pVariable Name="B">Y</pVariable><Formula>A+B</Formula>
+    </IntSwissKnife>
+    <Integer Name="X"><Value>1</Value></Integer>
+    <Integer Name="Y"><Value>2</Value></Integer>)");
+  INode* k = m.Node("K");
+  GenICam::gcstring value, attribute;
+  EXPECT_TRUE(k->GetProperty("pVariable", value, attribute));
+  EXPECT_EQ(std::string(value.c_str()), "X\tY");
+  EXPECT_EQ(std::string(attribute.c_str()), "A\tB");
+  EXPECT_TRUE(k->GetProperty("ToolTip", value, attribute));
+  EXPECT_EQ(std::string(value.c_str()), "tip");
+  EXPECT_TRUE(k->GetProperty("Name", value, attribute));
+  EXPECT_EQ(std::string(value.c_str()), "K");
+  EXPECT_TRUE(k->GetProperty("NameSpace", value, attribute));
+  EXPECT_EQ(std::string(value.c_str()), "Standard");
+  EXPECT_TRUE(k->GetProperty("DeviceName", value, attribute));
+  EXPECT_EQ(std::string(value.c_str()), "Device");
+  EXPECT_FALSE(k->GetProperty("NoSuchProperty", value, attribute));
+  GenICam::gcstring_vector names;
+  k->GetPropertyNames(names);
+  bool hasFormula = false;
+  for (size_t i = 0; i < names.size(); ++i) hasFormula |= names[i] == "Formula";
+  EXPECT_TRUE(hasFormula);
+}
+
+TEST(Links, PresentationQueries) {
+  Loaded m(R"(
+    <Integer Name="I"><Extension><Anything/></Extension><ToolTip>short</ToolTip>
+      <Description>long</Description><DisplayName>Nice I</DisplayName>
+      <Visibility>Guru</Visibility><DocuURL>http://x/I</DocuURL><IsDeprecated>Yes</IsDeprecated>
+      <EventID>1A2B</EventID><pAlias>J</pAlias><pCastAlias>J</pCastAlias>
+      <Streamable>Yes</Streamable><Value>0</Value></Integer>
+    <Integer Name="J"><Value>0</Value></Integer>)");
+  INode* i = m.Node("I");
+  EXPECT_EQ(std::string(i->GetToolTip().c_str()), "short");
+  EXPECT_EQ(std::string(i->GetDescription().c_str()), "long");
+  EXPECT_EQ(std::string(i->GetDisplayName().c_str()), "Nice I");
+  EXPECT_EQ(std::string(m.Node("J")->GetDisplayName().c_str()), "J");
+  EXPECT_EQ(i->GetVisibility(), Guru);
+  EXPECT_EQ(m.Node("J")->GetVisibility(), Beginner);
+  i->ImposeVisibility(Invisible);
+  EXPECT_EQ(i->GetVisibility(), Invisible);
+  EXPECT_EQ(std::string(i->GetDocuURL().c_str()), "http://x/I");
+  EXPECT_TRUE(i->IsDeprecated());
+  EXPECT_EQ(std::string(i->GetEventID().c_str()), "1A2B");
+  EXPECT_EQ(i->GetAlias(), m.Node("J"));
+  EXPECT_EQ(i->GetCastAlias(), m.Node("J"));
+  EXPECT_TRUE(i->IsStreamable());
+  EXPECT_EQ(i->GetNodeMap(), m.ref._Ptr);
+  EXPECT_EQ(std::string(i->GetDeviceName().c_str()), "Device");
+  EXPECT_TRUE(i->IsFeature());
+  EXPECT_EQ(i->GetNameSpace(), Custom);
+}
+
+TEST(Links, PrincipalInterfaceTypes) {
+  Loaded m(R"(
+    <Integer Name="I"><Value>0</Value></Integer>
+    <Float Name="F"><Value>0</Value></Float>
+    <Boolean Name="B"><Value>0</Value></Boolean>
+    <String Name="S"><Value>s</Value></String>
+    <Command Name="C"><Value>0</Value><CommandValue>1</CommandValue></Command>
+    <Enumeration Name="E"><Value>0</Value><EnumEntry Name="Z"><Value>0</Value></EnumEntry>
+    </Enumeration>
+    <Category Name="Cat"><pFeature>I</pFeature></Category>
+    <Register Name="R"><Address>0</Address><Length>4</Length><pPort>Device</pPort></Register>
+    <Node Name="N"/>)");
+  const std::pair<const char*, EInterfaceType> expected[] = {{"I", intfIInteger},
+                                                             {"F", intfIFloat},
+                                                             {"B", intfIBoolean},
+                                                             {"S", intfIString},
+                                                             {"C", intfICommand},
+                                                             {"E", intfIEnumeration},
+                                                             {"Cat", intfICategory},
+                                                             {"R", intfIRegister},
+                                                             {"N", intfIValue},
+                                                             {"Device", intfIPort},
+                                                             {"EnumEntry_E_Z", intfIEnumEntry}};
+  for (const auto& e : expected)
+    EXPECT_EQ(m.Node(e.first)->GetPrincipalInterfaceType(), e.second) << e.first;
+  EXPECT_FALSE(m.Node("Device")->IsFeature());
+}
+
+const char* kNodes = R"(
+  <IntReg Name="R"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>
+    <pPort>Device</pPort></IntReg>
+  <Float Name="F"><Value>2.5</Value></Float>)";
+
+TEST(CPointer, NullDereferenceIsALogicalError) {
+  CIntegerPtr empty;
+  EXPECT_FALSE(empty.IsValid());
+  EXPECT_FALSE(empty);
+  EXPECT_TRUE(empty == 0);
+  try {
+    empty->GetValue();
+    FAIL();
+  } catch (const GenICam::LogicalErrorException& e) {
+    EXPECT_STREQ(e.GetDescription(), "NULL pointer dereferenced");
+  }
+  EXPECT_THROW(*empty, GenICam::LogicalErrorException);
+  EXPECT_THROW((void)(empty == 1), GenICam::LogicalErrorException);
+}
+
+TEST(CPointer, CastsToTheInterfacesANodeImplements) {
+  Loaded m(kNodes);
+  INode* r = m.Node("R");
+  CIntegerPtr asInt = r;
+  CRegisterPtr asReg = r;
+  CValuePtr asValue = r;
+  CFloatPtr asFloat = r;
+  CPortPtr port = m.Node("Device");
+  EXPECT_TRUE(asInt.IsValid());
+  EXPECT_TRUE(asReg.IsValid());
+  EXPECT_TRUE(asValue.IsValid());
+  EXPECT_FALSE(asFloat.IsValid());
+  EXPECT_TRUE(port.IsValid());
+  CNodePtr back(asInt);
+  EXPECT_EQ(static_cast<INode*>(back), r);
+  CFloatPtr f = m.Node("F");
+  EXPECT_EQ(f.GetIntValue(), 3);
+  CNodeMapPtr map(m.ref._Ptr);
+  EXPECT_TRUE(map.IsValid());
+  EXPECT_NE(dynamic_cast<INodeMapDyn*>(m.ref._Ptr), nullptr);
+  EXPECT_NE(dynamic_cast<IDestroy*>(m.ref._Ptr), nullptr);
+}
+
+TEST(NodeVector, BehavesLikeAVector) {
+  Loaded m(kNodes);
+  NodeList_t nodes;
+  m.ref._GetNodes(nodes);
+  EXPECT_EQ(nodes.size(), 3u);
+  size_t count = 0;
+  for (INode* n : nodes) count += n != nullptr;
+  EXPECT_EQ(count, 3u);
+  nodes.push_back(nodes[0]);
+  EXPECT_EQ(nodes.size(), 4u);
+  nodes.erase(nodes.begin());
+  nodes.clear();
+  EXPECT_TRUE(nodes.empty());
+  EXPECT_EQ(m.ref._Ptr->GetNumNodes(), 3u);
+}
+
+TEST(NodeMap, PortDelegatesRegisterTraffic) {
+  Loaded m(kNodes);
+  IPort* port = dynamic_cast<IPort*>(m.Node("Device"));
+  ASSERT_NE(port, nullptr);
+  const uint8_t bytes[2] = {7, 8};
+  port->Write(bytes, 0x20, 2);
+  uint8_t back[2] = {};
+  port->Read(back, 0x20, 2);
+  EXPECT_EQ(back[1], 8);
+  EXPECT_THROW(port->Read(nullptr, 0, 4), GenICam::GenericException);
+  EXPECT_EQ(port->GetAccessMode(), RW);
+}
+
+// Descriptions of transport-layer modules name their port after the module;
+// Connect(port, name) attaches exactly that port.
+TEST(NodeMap, ConnectAttachesTheNamedPort) {
+  for (const char* portName : {"TLPort", "InterfacePort", "DevicePort", "StreamPort"}) {
+    const std::string nodes = std::string("<Port Name=\"") + portName + "\"/>" +
+                              "<IntReg Name=\"R\"><Address>0x10</Address><Length>4</Length>"
+                              "<AccessMode>RW</AccessMode><pPort>" +
+                              portName + "</pPort></IntReg>";
+    CNodeMapRef ref;
+    ref._LoadXMLFromString(genapi_test::Describe(nodes).c_str());
+    genapi_test::MemoryPort device, module;
+    module.PokeLE32(0x10, 42);
+    EXPECT_TRUE(ref._Connect(&device));  // the "Device" port the test frame adds
+    EXPECT_EQ(ref._GetNode("R")->GetAccessMode(), NA) << portName;
+    EXPECT_FALSE(ref._Connect(&module, "R")) << "not a port";
+    EXPECT_FALSE(ref._Connect(&module, "NoSuchPort"));
+    EXPECT_TRUE(ref._Connect(&module, portName));
+    CIntegerPtr r = ref._GetNode("R");
+    EXPECT_EQ(r->GetValue(), 42) << portName;
+    r->SetValue(43);
+    EXPECT_EQ(module.PeekLE32(0x10), 43u);
+    EXPECT_EQ(device.writes, 0);
+  }
+}
+
+TEST(NodeMap, ConcurrentReadersAndWritersStayConsistent) {
+  Loaded m(kNodes);
+  IInteger* r = m.As<IInteger>("R");
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([r, t] {
+      for (int i = 0; i < 200; ++i) {
+        r->SetValue(t * 1000 + i);
+        const int64_t v = r->GetValue();
+        EXPECT_GE(v, 0);
+        EXPECT_LT(v, 4000);
+      }
+    });
+  }
+  for (auto& th : threads) th.join();
+}
+
+}  // namespace
