@@ -142,6 +142,16 @@ class DriverTest : public ::testing::Test {
     serial_ = std::make_unique<SimSerial>(*sim_);
   }
 
+  // Another camera behind the same port object, as when a user swaps cameras on one port: the
+  // driver's memory of the port stays.
+  void SwapCamera(const char* profileName, const std::string& overrides) {
+    profile_ = vq::sim::loadProfile(ProfileDir(profileName), overrides);
+    auto next = std::make_unique<vq::sim::Simulator>(profile_);
+    serial_->~SimSerial();
+    new (serial_.get()) SimSerial(*next);
+    sim_ = std::move(next);
+  }
+
   // Probes with a template; returns the status and fills id and cookie.
   CLINT32 Probe(const std::string& shortTemplate, std::string* id = nullptr,
                 CLUINT32* cookie = nullptr, CLUINT32 timeout = 500) {

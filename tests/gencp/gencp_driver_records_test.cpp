@@ -62,28 +62,39 @@ void PrintTo(const RecordCase& c, std::ostream* os) { *os << c.name; }
 
 class RecordMatching : public Records, public ::testing::WithParamInterface<RecordCase> {};
 
-// A KORVA A2040M is recorded; the new process meets the case's camera.
-TEST_P(RecordMatching, TakesARecordOnlyForTheSameSerialNumberAndModelName) {
+// A KORVA A2040M is identified; then a new process, or the same process after the camera on the
+// port was swapped, meets the case's camera.
+TEST_P(RecordMatching, TakesAKnownDeviceOnlyForTheSameSerialNumberAndModelName) {
   const RecordCase& c = GetParam();
-  StartCamera("korva-area", c.encoding);
-  std::string id;
-  ProbeBytes(id);
-  ASSERT_TRUE(fs::exists(RecordFile()));
+  for (const bool newProcess : {true, false}) {
+    SCOPED_TRACE(newProcess ? "new process" : "same process, camera swapped");
+    fs::remove_all(RecordFile());
+    NewProcess();
+    StartCamera("korva-area", c.encoding);
+    std::string id;
+    ProbeBytes(id);
+    ASSERT_TRUE(fs::exists(RecordFile()));
 
-  NewProcess();
-  StartCamera(c.profile, std::string(c.encoding) + "\n" + c.overrides);
-  const uint64_t bytes = ProbeBytes(id);
-  EXPECT_EQ(c.id, id);
-  EXPECT_EQ(c.recordUsed, bytes < kBootstrapBlockBytes) << bytes << " bytes";
-  EXPECT_EQ(vq::sim::kPrivilegeOpen, sim_->device().accessPrivilege());
-  EXPECT_FALSE(sim_->device().heartbeatEnabled());
+    const std::string overrides = std::string(c.encoding) + "\n" + c.overrides;
+    if (newProcess) {
+      NewProcess();
+      StartCamera(c.profile, overrides);
+    } else {
+      SwapCamera(c.profile, overrides);
+    }
+    const uint64_t bytes = ProbeBytes(id);
+    EXPECT_EQ(c.id, id);
+    EXPECT_EQ(c.recordUsed, bytes < kBootstrapBlockBytes) << bytes << " bytes";
+    EXPECT_EQ(vq::sim::kPrivilegeOpen, sim_->device().accessPrivilege());
+    EXPECT_FALSE(sim_->device().heartbeatEnabled());
 
-  // What was identified in full is recorded, and serves the next new process.
-  NewProcess();
-  sim_->reset();
-  EXPECT_LT(ProbeBytes(id), kBootstrapBlockBytes);
-  EXPECT_EQ(c.id, id);
-  EXPECT_FALSE(sim_->device().heartbeatEnabled());
+    // What was identified in full is recorded, and serves the next new process.
+    NewProcess();
+    sim_->reset();
+    EXPECT_LT(ProbeBytes(id), kBootstrapBlockBytes);
+    EXPECT_EQ(c.id, id);
+    EXPECT_FALSE(sim_->device().heartbeatEnabled());
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(

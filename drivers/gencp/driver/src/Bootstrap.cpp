@@ -142,8 +142,11 @@ Identification identify(Channel& channel, const std::optional<KnownDevice>& know
   if (serialFirst) {
     const auto serial = channel.readMem(abrm::kSerialNumber, abrm::kStringSize, timeoutMs, true);
     channel.setMaxSends(kMaxSends);
+    // The model is checked too: cameras whose serial number was never set share one text, so
+    // another camera plugged into the port could otherwise pass for the one known there.
     if (known && registerString(serial.data(), serial.size(), known->bootstrap.stringEncoding()) ==
-                     known->bootstrap.serialNumberText) {
+                     known->bootstrap.serialNumberText &&
+        sameModel(channel, *known, timeoutMs)) {
       return Identification{*known, false};
     }
     if (auto device = recordedDevice(channel, serial, recorded, timeoutMs)) {
