@@ -18,14 +18,9 @@
 namespace vq::test {
 namespace {
 
-class KorvaServices : public ::testing::Test {
+class KorvaServices : public OpenedCamera {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(camera.Open());
-    camera.host.ClearRecords();
-  }
-  VQ_Ext& Ext() { return camera.Ext(); }
-  HostCamera camera{KorvaAreaProfile()};
+  KorvaServices() : OpenedCamera(KorvaAreaProfile()) {}
 };
 
 TEST_F(KorvaServices, VisibilityLevelIsQueriedAndSetByName) {
@@ -99,7 +94,7 @@ TEST_F(KorvaServices, BaudRatesOutsideTheTableAndNullBuffersAreRefused) {
   EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, &unknown, 4), 0);
   EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, nullptr, 4), 0);
   EXPECT_EQ(Ext().QueryCommand(CMD_MAX_BAUD_RATE, nullptr, 4), 0);
-  EXPECT_EQ(QueryWord(Ext(), CMD_CURRENT_BAUD_RATE), 1u);
+  EXPECT_EQ(QueryWord(Ext(), CMD_CURRENT_BAUD_RATE), 1u);  // unchanged
 }
 
 TEST_F(KorvaServices, SavedConfigurationReachesTheCamerasStore) {

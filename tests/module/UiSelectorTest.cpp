@@ -137,7 +137,14 @@ struct SelectorCase {
 
 TEST(SelectorOnTerminal, TreeShapeKeysAndResults) {
   const std::string down3 = kDown + kDown + kDown;
-  const std::string longMaker = "KorvaVisionSystemsG";  // 19 characters
+  const std::string maker = "KorvaVisionSystemsG";  // 19 characters
+  const std::vector<std::string> duplicates = {kDriver + "KORVA#AreaScan#A2000#1",
+                                               "/other#libOther.so#KORVA#AreaScan#A2000#2"};
+  const std::vector<std::string> noModel = {kDriver + "KORVA#Family"};
+  const std::vector<std::string> longNames = {kDriver + maker + "mbH_AB#AreaScanFamilyNumberOne#M1",
+                                              kDriver + maker + "XYZ#F2#ModelWithAVeryLongName25"};
+  const char* const familyTree = "KORVA|  Family|    (1) Family";
+  // clang-format off
   const SelectorCase cases[] = {
       {"shared manufacturer and family; leaf 2 and Load", kFour, kFourTree, 1, "2l", 1, 1,
        "KORVA#AreaScan#A4000", "AreaScan", 1},
@@ -154,48 +161,17 @@ TEST(SelectorOnTerminal, TreeShapeKeysAndResults) {
       {"check box toggled twice, then Load", kFour, kFourTree, 1, "  l", 1, -1, "", "", 1},
       {"check box cleared, then Load", kFour, kFourTree, 1, "1 l", 1, 0, "KORVA#AreaScan#A2000",
        "AreaScan", 0},
-      {"duplicate leaves give one leaf that picks the first",
-       {kDriver + "KORVA#AreaScan#A2000#1", "/other#libOther.so#KORVA#AreaScan#A2000#2"},
-       "KORVA|  AreaScan|    (1) A2000",
-       1,
-       "1l",
-       1,
-       0,
-       "KORVA#AreaScan#A2000#1",
-       "AreaScan",
-       1},
-      {"a template without a model shows its family twice",
-       {kDriver + "KORVA#Family"},
-       "KORVA|  Family|    (1) Family",
-       1,
-       "1l",
-       1,
-       0,
-       "KORVA#Family",
-       "Family",
-       1},
-      {"its family item matches the leaf label too",
-       {kDriver + "KORVA#Family"},
-       "KORVA|  Family|    (1) Family",
-       1,
-       down3 + "l",
-       1,
-       0,
-       "KORVA#Family",
-       "Family",
-       1},
-      {"names cut to 19; equal first 19 share one manufacturer",
-       {kDriver + longMaker + "mbH_AB#AreaScanFamilyNumberOne#M1",
-        kDriver + longMaker + "XYZ#F2#ModelWithAVeryLongName25"},
+      {"duplicate leaves give one leaf that picks the first", duplicates,
+       "KORVA|  AreaScan|    (1) A2000", 1, "1l", 1, 0, "KORVA#AreaScan#A2000#1", "AreaScan", 1},
+      {"a template without a model shows its family twice", noModel, familyTree, 1, "1l", 1, 0,
+       "KORVA#Family", "Family", 1},
+      {"its family item matches the leaf label too", noModel, familyTree, 1, down3 + "l", 1, 0,
+       "KORVA#Family", "Family", 1},
+      {"names cut to 19; equal first 19 share one manufacturer", longNames,
        "KorvaVisionSystemsG|  AreaScanFamilyNumbe|    (1) M1|  F2|    (2) ModelWithAVeryLongN",
-       1,
-       "2l",
-       1,
-       1,
-       "KorvaVisionSystemsGXYZ#F2#ModelWithAVeryLongName25",
-       "F2",
-       1},
+       1, "2l", 1, 1, "KorvaVisionSystemsGXYZ#F2#ModelWithAVeryLongName25", "F2", 1},
       {"no templates: the top item only", {}, "", 1, "l", 1, -1, "", "", 1}};
+  // clang-format on
   for (const SelectorCase& c : cases) {
     SCOPED_TRACE(c.name);
     const SelectorRun run = RunSelector(c.templates, c.show, c.keys);

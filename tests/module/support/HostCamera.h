@@ -41,6 +41,13 @@ inline std::vector<std::string> CategoryNames(VQ_Ext& ext) {
   return names;
 }
 
+// The levels of the messages the host was sent, in order.
+inline std::vector<std::uint32_t> MessageLevels(const TestHost& host) {
+  std::vector<std::uint32_t> levels;
+  for (const HostMessage& message : host.messages) levels.push_back(message.level);
+  return levels;
+}
+
 class HostCamera {
   // Declared first: the camera outlives the host that talks to it.
   SimulatedLink camera_;
@@ -102,6 +109,19 @@ class HostCamera {
   }
 
   TestHost host;
+};
+
+// A suite whose camera is opened before each test, with the open's records
+// cleared.
+class OpenedCamera : public ::testing::Test {
+ protected:
+  explicit OpenedCamera(const sim::Profile& profile) : camera(profile) {}
+  void SetUp() override {
+    ASSERT_TRUE(camera.Open());
+    camera.host.ClearRecords();
+  }
+  VQ_Ext& Ext() { return camera.Ext(); }
+  HostCamera camera;
 };
 
 }  // namespace vq::test
