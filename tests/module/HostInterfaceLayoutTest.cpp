@@ -1,6 +1,7 @@
-// A host calls the extension's operations by vtable position. (The record
-// layouts are checked where they are declared, in VQ_Ext.h, whose enumerators
-// carry their numbers explicitly.)
+// A host calls the extension's operations by vtable position and uses the
+// numeric codes of the host contract; both are fixed by hosts already built,
+// so an edit of VQ_Ext.h that moves one is caught here. (The record layouts
+// are checked where they are declared, in VQ_Ext.h.)
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -42,6 +43,34 @@ TEST(HostInterfaceOrder, OperationsSitAtTheirHostPositions) {
       &E::ReservedOperation26, &E::ReservedOperation27, &E::ReservedOperation28);
   for (std::size_t i = 0; i < slots.size(); ++i)
     EXPECT_EQ(slots[i], i + 2) << "host position " << i + 2;
+}
+
+using Codes = std::vector<std::uint32_t>;
+
+TEST(HostIdentifiers, NumericValuesMatchTheHostContract) {
+  EXPECT_EQ((Codes{HOST_MESSAGE, HOST_FEATURE_CHANGED, HOST_SERIAL_REQUEST, HOST_SELECTOR_STATE}),
+            (Codes{7, 9, 22, 26}));
+  EXPECT_EQ((Codes{MESSAGE_FAILURE, MESSAGE_INFORMATION, MESSAGE_DEVICE_ERROR}), (Codes{0, 2, 3}));
+  EXPECT_EQ((Codes{SERIAL_QUERY_PORT_INFO, SERIAL_SELECT_PORT, SERIAL_IS_PORT_ALIVE, SERIAL_READ,
+                   SERIAL_WRITE, SERIAL_GET_BAUD_RATES, SERIAL_SET_BAUD_RATE,
+                   SERIAL_REPORT_PROBE_FAILURE}),
+            (Codes{6, 8, 14, 16, 17, 18, 20, 22}));
+  EXPECT_EQ((Codes{CMD_OPEN_CAMERA, CMD_REFRESH_PARAMETER, CMD_MAX_BAUD_RATE, CMD_CURRENT_BAUD_RATE,
+                   CMD_SET_BAUD_RATE, CMD_VISIBILITY_LEVEL, CMD_PARAMETER_TEXTS, CMD_MODEL_NAME,
+                   CMD_CAN_SAVE_CONFIGURATION, CMD_SAVE_CONFIGURATION, CMD_HELP_FILE_NAME,
+                   CMD_IS_PARAMETER_VISIBLE}),
+            (Codes{25, 26, 31, 32, 33, 48, 49, 50, 51, 52, 53, 54}));
+  EXPECT_EQ((Codes{PARAM_DISPLAY_NAME, PARAM_CATEGORY_INDEX, PARAM_VALUE_TEXT, PARAM_MINIMUM,
+                   PARAM_MAXIMUM, PARAM_INCREMENT, PARAM_ENTRY_LIST, PARAM_ENTRY_COUNT,
+                   PARAM_WRITABLE, PARAM_RESERVED9, PARAM_VALUE_KIND, PARAM_CONSTANT_FOUR,
+                   PARAM_IDENTIFIER, PARAM_DECIMALS}),
+            (Codes{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}));
+  EXPECT_EQ((Codes{VALUE_KIND_NUMBER, VALUE_KIND_TEXT, VALUE_KIND_LIST, VALUE_KIND_BUTTON}),
+            (Codes{0, 1, 2, 4}));
+  EXPECT_EQ((Codes{OPEN_CONNECTED, OPEN_FAILED, OPEN_NO_SELECTION, OPEN_NOTHING_TO_LOAD}),
+            (Codes{0, 1, 2, 3}));
+  EXPECT_EQ((Codes{PARAMETER_IDENTIFIER_BIT, VISIBILITY_LEVEL_DATA_SIZE}),
+            (Codes{0x80000000u, 516}));
 }
 
 }  // namespace
