@@ -1,21 +1,15 @@
 #include "DescriptionCache.h"
 
-#include <vq/platform/environment.h>
+#include <vq/platform/cache_file.h>
 
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <mutex>
-#include <random>
-#include <sstream>
 #include <system_error>
 
 namespace CLProtocol {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr const char* kMagic = "vqcam description cache 1";
 // Entries larger than this are not read back (a damaged length would ask for anything).
@@ -36,39 +30,23 @@ Memory& memory() {
   return instance;
 }
 
-// 64-bit FNV-1a: catches a damaged or cut entry.
-std::string checksum(const std::string& text) {
-  uint64_t hash = 14695981039346656037ull;
-  for (unsigned char c : text) {
-    hash ^= c;
-    hash *= 1099511628211ull;
-  }
-  char hex[17];
-  std::snprintf(hex, sizeof hex, "%016llx", static_cast<unsigned long long>(hash));
-  return hex;
-}
-
 std::string header(const DescriptionKey& key, const std::string& text) {
   return std::string(kMagic) + "\nxml-id: " + key.xmlId + "\nsha1: " + key.sha1 +
-         "\nlength: " + std::to_string(text.size()) + "\ncheck: " + checksum(text) + "\n\n";
+         "\nlength: " + std::to_string(text.size()) +
+         "\ncheck: " + vq::platform::CacheChecksum(text) + "\n\n";
 }
 
-fs::path EntryPath(const std::string& modelTemplate) {
-  const std::string directory = DescriptionCache::Directory();
-  if (directory.empty() || modelTemplate.empty()) return fs::path();
+std::string EntryPath(const std::string& modelTemplate) {
+  if (modelTemplate.empty()) return std::string();
   std::string name;
   for (char c : modelTemplate) name.push_back(c == '/' || c == '\\' ? '_' : c);
-  return fs::path(directory) / (name + ".xmlcache");
+  return vq::platform::CacheFilePath(name + ".xmlcache");
 }
 
 std::optional<std::string> ReadEntry(const DescriptionKey& key) {
-  const fs::path path = EntryPath(key.modelTemplate);
-  std::error_code error;
-  if (path.empty() || fs::file_size(path, error) > kMaxEntryBytes || error) return std::nullopt;
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  const std::string bytes = content.str();
+  const auto read = vq::platform::ReadCacheFile(EntryPath(key.modelTemplate), kMaxEntryBytes);
+  if (!read) return std::nullopt;
+  const std::string& bytes = *read;
   const std::size_t end = bytes.find("\n\n");
   if (end == std::string::npos) return std::nullopt;
   std::string text = bytes.substr(end + 2);
@@ -77,26 +55,7 @@ std::optional<std::string> ReadEntry(const DescriptionKey& key) {
 }
 
 void WriteEntry(const DescriptionKey& key, const std::string& text) {
-  const fs::path path = EntryPath(key.modelTemplate);
-  if (path.empty()) return;
-  // Only the stack's own folder is made, inside a cache directory that exists.
-  std::error_code error;
-  if (!fs::is_directory(path.parent_path().parent_path(), error)) return;
-  fs::create_directory(path.parent_path(), error);
-  if (error) return;
-  // A unique temporary file renamed into place: readers never see half an entry.
-  const fs::path temporary =
-      path.string() + ".tmp" + std::to_string(std::random_device{}() & 0xFFFFFF);
-  {
-    std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-    out << header(key, text) << text;
-    if (!out.flush()) {
-      fs::remove(temporary, error);
-      return;
-    }
-  }
-  fs::rename(temporary, path, error);
-  if (error) fs::remove(temporary, error);
+  vq::platform::WriteCacheFile(EntryPath(key.modelTemplate), header(key, text) + text);
 }
 
 bool SameKey(const DescriptionKey& a, const DescriptionKey& b) {
@@ -104,11 +63,6 @@ bool SameKey(const DescriptionKey& a, const DescriptionKey& b) {
 }
 
 }  // namespace
-
-std::string DescriptionCache::Directory() {
-  const std::string base = vq::platform::UserCacheDirectory();
-  return base.empty() ? std::string() : base + "/vqcam";
-}
 
 std::optional<std::string> DescriptionCache::Find(const std::string& portID,
                                                   const DescriptionKey& key) {
@@ -135,9 +89,9 @@ bool DescriptionCache::HasCandidate(const std::string& portID, const std::string
     const auto it = m.byPort.find(portID);
     if (it != m.byPort.end() && it->second.key.modelTemplate == modelTemplate) return true;
   }
-  const fs::path path = EntryPath(modelTemplate);
+  const std::string path = EntryPath(modelTemplate);
   std::error_code error;
-  return !path.empty() && fs::is_regular_file(path, error);
+  return !path.empty() && std::filesystem::is_regular_file(path, error);
 }
 
 void DescriptionCache::Store(const std::string& portID, const DescriptionKey& key,

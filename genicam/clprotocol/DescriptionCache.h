@@ -29,8 +29,6 @@ class DescriptionCache {
   static void Store(const std::string& portID, const DescriptionKey& key, const std::string& text);
   // Forgets the port's memory (for instance when the port is unregistered).
   static void ForgetPort(const std::string& portID);
-  // The cache directory, empty when the environment names none.
-  static std::string Directory();
 };
 
 }  // namespace CLProtocol

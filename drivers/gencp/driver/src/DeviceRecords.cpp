@@ -1,15 +1,11 @@
 #include "DeviceRecords.h"
 
 #include <vq/gencp/Bootstrap.h>
-#include <vq/platform/environment.h>
+#include <vq/platform/cache_file.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <random>
 #include <sstream>
-#include <system_error>
 
 #include "Identity.h"
 
@@ -17,26 +13,12 @@ namespace vq::gencpdrv {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr const char* kMagic = "vqcam device records 1";
 // A file larger than this is not read (32 records take about 30 KiB).
 constexpr std::uintmax_t kMaxFileBytes = 256 * 1024;
 // Longest string kept: a 64-byte register in UTF-16 gives at most 96 bytes of UTF-8.
 constexpr std::size_t kMaxStringBytes = 128;
 constexpr int kFields = 14;
-
-// 64-bit FNV-1a: catches a damaged or cut file.
-std::string checksum(const std::string& text) {
-  uint64_t hash = 14695981039346656037ull;
-  for (unsigned char c : text) {
-    hash ^= c;
-    hash *= 1099511628211ull;
-  }
-  char hex[17];
-  std::snprintf(hex, sizeof hex, "%016llx", static_cast<unsigned long long>(hash));
-  return hex;
-}
 
 // Strings are written as 'x' and their bytes in hex, so any byte a device sends survives and an
 // empty string is still a field.
@@ -158,7 +140,7 @@ std::vector<KnownDevice> parseFile(const std::string& bytes) {
     return {};
   }
   const std::string body = bytes.substr(bodyStart);
-  if (bytes.compare(head.size(), 16, checksum(body)) != 0) return {};
+  if (bytes.compare(head.size(), 16, vq::platform::CacheChecksum(body)) != 0) return {};
   std::vector<KnownDevice> devices;
   std::istringstream lines(body);
   for (std::string line; std::getline(lines, line);) {
@@ -171,29 +153,16 @@ std::vector<KnownDevice> parseFile(const std::string& bytes) {
 
 }  // namespace
 
-std::string DeviceRecords::path() {
-  const std::string base = vq::platform::UserCacheDirectory();
-  return base.empty() ? std::string() : base + "/vqcam/devices.rec";
-}
+std::string DeviceRecords::path() { return vq::platform::CacheFilePath("devices.rec"); }
 
 std::vector<KnownDevice> DeviceRecords::load() {
-  const std::string file = path();
-  std::error_code error;
-  if (file.empty() || fs::file_size(file, error) > kMaxFileBytes || error) return {};
-  std::ifstream in(file, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return parseFile(content.str());
+  const auto bytes = vq::platform::ReadCacheFile(path(), kMaxFileBytes);
+  return bytes ? parseFile(*bytes) : std::vector<KnownDevice>{};
 }
 
 void DeviceRecords::store(const KnownDevice& device) {
-  const fs::path file = path();
+  const std::string file = path();
   if (file.empty()) return;
-  // Only the stack's own folder is made, inside a cache directory that exists.
-  std::error_code error;
-  if (!fs::is_directory(file.parent_path().parent_path(), error)) return;
-  fs::create_directory(file.parent_path(), error);
-  if (error) return;
   std::vector<KnownDevice> devices = load();
   std::string body;
   std::size_t kept = 0;
@@ -205,20 +174,8 @@ void DeviceRecords::store(const KnownDevice& device) {
   const std::size_t first = kept >= kMaxRecords ? kept - (kMaxRecords - 1) : 0;
   for (std::size_t i = first; i < kept; ++i) body += encodeRecord(devices[i]) + "\n";
   body += encodeRecord(device) + "\n";
-  // A unique temporary file renamed into place: readers never see half a file.
-  const fs::path temporary =
-      file.string() + ".tmp" + std::to_string(std::random_device{}() & 0xFFFFFF);
-  {
-    std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-    out << kMagic << "\ncheck: " << checksum(body) << "\n" << body;
-    if (!out.flush()) {
-      out.close();
-      fs::remove(temporary, error);
-      return;
-    }
-  }
-  fs::rename(temporary, file, error);
-  if (error) fs::remove(temporary, error);
+  vq::platform::WriteCacheFile(
+      file, std::string(kMagic) + "\ncheck: " + vq::platform::CacheChecksum(body) + "\n" + body);
 }
 
 }  // namespace vq::gencpdrv
