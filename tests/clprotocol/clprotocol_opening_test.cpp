@@ -256,29 +256,4 @@ TEST_F(Opening, DamagedDeviceRecordsAreReplaced) {
   EXPECT_GT(identified, recorded);
 }
 
-// A write the device executed with a warning does not throw; its text is kept. Connect takes
-// over the connection ProbeDevice opened.
-TEST_F(Opening, WarningsDoNotThrowAndConnectReusesTheProbe) {
-  const gcstring id = CLProtocol::CCLPort::ProbeDevice(portID_, Template(), 12000);
-  const uint64_t commands = sim_->stats().commands;
-  port_->Connect(portID_, id);
-  EXPECT_EQ(commands, sim_->stats().commands);
-  const uint8_t width[4] = {0, 0, 2, 0};
-  sim_->faults().forcedStatus = 0x0001;
-  sim_->faults().forcedStatusCount = 1;
-  EXPECT_NO_THROW(port_->Write(width, gencp_driver_test::kWidthReg, 4));
-  const std::string warning = port_->GetLastWriteWarning().c_str();
-  EXPECT_EQ(0u, warning.find("(Code: -30100) ")) << warning;
-  EXPECT_NE(std::string::npos, warning.find("0x0001")) << warning;
-  sim_->faults().forcedStatus = 0x8006;
-  sim_->faults().forcedStatusCount = 1;
-  try {
-    port_->Write(width, gencp_driver_test::kWidthReg, 4);
-    ADD_FAILURE() << "an error status did not throw";
-  } catch (const GenICam::GenericException& e) {
-    EXPECT_NE(std::string::npos, std::string(e.GetDescription()).find("(Code: -30006) "));
-  }
-  EXPECT_STREQ("", port_->GetLastWriteWarning().c_str());
-}
-
 }  // namespace

@@ -18,7 +18,6 @@
 #include <vector>
 
 #include "SimProcess.h"
-#include "clprotocol_port_access.h"
 #include "clprotocol_test_serial.h"
 
 namespace clprotocol_test {
@@ -38,6 +37,16 @@ inline std::string ExampleDir(const char* folder) {
 
 inline std::string DriverDirectory() {
   return std::string(VQ_BINARY_DIR) + "/lib/clprotocol/Linux64_x64";
+}
+
+// The description of the GenICam exception the call throws, or "no exception".
+inline std::string ErrorOf(CLProtocol::CCLPort& port, void (*call)(CLProtocol::CCLPort&)) {
+  try {
+    call(port);
+  } catch (const GenICam::GenericException& e) {
+    return e.GetDescription();
+  }
+  return "no exception";
 }
 
 // The program with its statistics file and its control file (fault options that take effect
@@ -149,9 +158,16 @@ class SimProgram : public ::testing::Test {
     port_->Connect(portID_, id);
   }
 
-  uint32_t ReadU32(int64_t address) { return clprotocol_test::ReadU32(*port_, address); }
+  // Big-endian 32-bit register access.
+  uint32_t ReadU32(int64_t address) {
+    uint8_t b[4] = {};
+    port_->Read(b, address, 4);
+    return static_cast<uint32_t>(b[0]) << 24 | b[1] << 16 | b[2] << 8 | b[3];
+  }
   void WriteU32(int64_t address, uint32_t value) {
-    clprotocol_test::WriteU32(*port_, address, value);
+    const uint8_t b[4] = {static_cast<uint8_t>(value >> 24), static_cast<uint8_t>(value >> 16),
+                          static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)};
+    port_->Write(b, address, 4);
   }
   std::string ErrorOf(void (*call)(CLProtocol::CCLPort&)) {
     return clprotocol_test::ErrorOf(*port_, call);

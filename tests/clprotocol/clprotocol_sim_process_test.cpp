@@ -2,7 +2,8 @@
 // pseudo-terminal: the program sees the line speed the client sets, so a host and camera at
 // different rates hear garbage, as on a wire. What a user with a real camera meets: probing,
 // descriptions, register access, the baud rate through the node map, start-up and heartbeat,
-// reconnecting at any rate, device-ID rules, device statuses, slow devices, stray files.
+// reconnecting at any rate, device-ID rules, device statuses, slow devices, stray files, and
+// the fault runs.
 #include <CLProtocol/DeviceID.h>
 #include <GenApi/GenApi.h>
 
@@ -202,7 +203,7 @@ TEST_F(SimProgram, DeviceIDTokensAreCIdentifiers) {
 }
 
 // Device statuses arrive as distinct codes of the driver's range; a write the camera executed
-// with a warning does not throw.
+// with a warning does not throw, and its text is kept until the next write.
 TEST_F(SimProgram, DeviceStatusesBecomeDistinctCodes) {
   StartSim();
   Open();
@@ -221,7 +222,12 @@ TEST_F(SimProgram, DeviceStatusesBecomeDistinctCodes) {
     const std::string outcome = WidthOutcome(c.write);
     EXPECT_NE(std::string::npos, outcome.find(c.expected)) << c.status << ": " << outcome;
   }
-  EXPECT_EQ(0u, std::string(port_->GetLastWriteWarning().c_str()).find("(Code: -30100) "));
+  const std::string warning = port_->GetLastWriteWarning().c_str();
+  EXPECT_EQ(0u, warning.find("(Code: -30100) ")) << warning;
+  EXPECT_NE(std::string::npos, warning.find("0x0001")) << warning;
+  ASSERT_TRUE(sim_.Control("--status 0x8006:1"));  // a failed write forgets the warning
+  EXPECT_NE(std::string::npos, WidthOutcome(true).find("(Code: -30006) "));
+  EXPECT_STREQ("", port_->GetLastWriteWarning().c_str());
 }
 
 // What the camera's bootstrap block says is honoured: GenCP 1.x only, strings in UTF-16, waits
@@ -310,6 +316,86 @@ TEST_F(SimProgram, DescriptionsOfUnsupportedSchemasAreIgnored) {
   CLProtocol::CCLPort::Terminate();
   vq::platform::UnsetEnv("GENICAM_CLPROTOCOL");
   fs::remove_all(location);
+}
+
+// Fault runs: lost, damaged, late or refused answers, silence, slow commands, the program
+// stopped and resumed, the host at another rate. Each call ends with its value or the right
+// code, none hangs, and the camera answers normally afterwards.
+struct FaultRun {
+  const char* name;
+  const char* control;  // the program's fault options; "stop" pauses the program, "rate" puts
+                        // the host port at 19200 baud
+  bool write;
+  const char* expected;  // "(Code: N) " or "no exception"
+  int settleMs;          // wait for late answers before the camera is used again
+};
+void PrintTo(const FaultRun& run, std::ostream* os) { *os << run.name; }
+
+class Faults : public SimProgram, public ::testing::WithParamInterface<FaultRun> {};
+
+TEST_P(Faults, EndWithTheRightCodeAndRecover) {
+  StartSim();
+  Open();
+  const FaultRun& run = GetParam();
+  const bool stop = std::string(run.control) == "stop";
+  const bool rate = std::string(run.control) == "rate";
+  if (stop) {
+    sim_.Pause();
+  } else if (rate) {
+    ASSERT_EQ(CL_ERR_NO_ERR, adapter_->clSetBaudRate(CL_BAUDRATE_19200));
+  } else {
+    ASSERT_TRUE(sim_.Control(run.control));
+  }
+  const std::string outcome = WidthOutcome(run.write);
+  EXPECT_NE(std::string::npos, outcome.find(run.expected)) << outcome;
+  if (stop) {
+    sim_.Resume();
+  } else if (rate) {
+    EXPECT_GT(sim_.Stats()["garbled_bytes"], 0) << "the camera heard the other rate";
+    ASSERT_EQ(CL_ERR_NO_ERR, adapter_->clSetBaudRate(CL_BAUDRATE_9600));
+  } else {
+    ASSERT_TRUE(sim_.Control(""));
+  }
+  SleepMs(run.settleMs);
+  EXPECT_EQ(run.write && outcome == "no exception" ? 512u : 2048u, ReadU32(kWidthReg));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, Faults,
+    ::testing::Values(FaultRun{"LostAnswerIsResent", "--drop-answers 1", false, "no exception", 0},
+                      FaultRun{"LostWriteAnswerIsNotRepeated", "--drop-answers 2", true,
+                               "no exception", 0},
+                      FaultRun{"DamagedAnswersAreResent", "--corrupt-answers 2", false,
+                               "no exception", 0},
+                      FaultRun{"LateAnswerWithinResponseTime", "--answer-delay 200", false,
+                               "no exception", 0},
+                      FaultRun{"SlowReadSendsPending", "--processing 1500", false, "no exception",
+                               0},
+                      FaultRun{"BusyOnceIsRetried", "--status 0x8007:1", true, "no exception", 0},
+                      FaultRun{"ThreeLostAnswersTimeOut", "--drop-answers 3", false,
+                               "(Code: -10004) ", 0},
+                      FaultRun{"AnswersTooLateTimeOut", "--answer-delay 2500", false,
+                               "(Code: -10004) ", 2500},
+                      FaultRun{"SilenceTimesOut", "--silent", true, "(Code: -10004) ", 0},
+                      FaultRun{"ErrorStatus", "--status 0x8006:1", false, "(Code: -30006) ", 0},
+                      FaultRun{"StoppedProgramTimesOut", "stop", false, "(Code: -10004) ", 100},
+                      FaultRun{"HostAtAnotherRateTimesOut", "rate", false, "(Code: -10004) ", 0}),
+    [](const ::testing::TestParamInfo<FaultRun>& info) { return std::string(info.param.name); });
+
+// The program stopped in the middle of a read and resumed before the driver gives up: the read
+// completes.
+TEST_F(SimProgram, ProgramResumedWithinTheRetriesCompletesTheRead) {
+  StartSim();
+  Open();
+  sim_.Pause();
+  std::thread resume([this] {
+    SleepMs(300);
+    sim_.Resume();
+  });
+  uint32_t value = 0;
+  EXPECT_NO_THROW(value = ReadU32(kWidthReg));
+  resume.join();
+  EXPECT_EQ(2048u, value);
 }
 
 }  // namespace

@@ -56,17 +56,11 @@ class TermiosAdapter : public CLProtocol::ISerialAdapter {
   }
 
   static uint32_t RateOf(CLUINT32 bit) {
-    switch (bit) {
-      case CL_BAUDRATE_9600: return 9600;
-      case CL_BAUDRATE_19200: return 19200;
-      case CL_BAUDRATE_38400: return 38400;
-      case CL_BAUDRATE_57600: return 57600;
-      case CL_BAUDRATE_115200: return 115200;
-      case CL_BAUDRATE_230400: return 230400;
-      case CL_BAUDRATE_460800: return 460800;
-      case CL_BAUDRATE_921600: return 921600;
-      default: return 0;
+    static const uint32_t kRates[] = {9600, 19200, 38400, 57600, 115200, 230400, 460800, 921600};
+    for (int i = 0; i < 8; ++i) {
+      if (bit == CLUINT32{1} << i) return kRates[i];
     }
+    return 0;
   }
 
   int inits = 0;

@@ -80,10 +80,4 @@ uint16_t Host::writeU32(uint64_t address, uint32_t value) {
   return write(address, u32Bytes(value));
 }
 
-std::string Host::readString(uint64_t address, uint16_t length) {
-  const auto data = read(address, length);
-  std::string text(data.begin(), data.end());
-  return text.substr(0, text.find('\0'));
-}
-
 }  // namespace simtest

@@ -38,7 +38,6 @@ class Host {
   uint16_t write(uint64_t address, const std::vector<uint8_t>& data);
   uint32_t readU32(uint64_t address);
   uint16_t writeU32(uint64_t address, uint32_t value);
-  std::string readString(uint64_t address, uint16_t length = 64);
   uint16_t newId();
   // The baud-rate procedure: write at the old rate, follow, confirm at the new one.
   void switchRate(uint32_t rateBit);

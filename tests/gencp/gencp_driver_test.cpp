@@ -1,5 +1,8 @@
-// The GenCP driver, loaded at run time, against the in-process simulated camera: templates,
-// probing, register access, descriptions, error codes and texts, parameter names.
+// The GenCP driver, loaded at run time, against the in-process simulated camera where simulated
+// time makes the case exact: templates, probing and start-up, error codes and texts,
+// descriptions, parameter names, long writes continued, line noise, stopped probes, and the
+// baud-rate change with its confirmation. (Fault runs over a pseudo-terminal are in the
+// clprotocol suites.)
 #include <cstring>
 #include <string>
 #include <vector>
@@ -85,6 +88,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ProbeCase{"KORVA#LineScan", CL_ERR_NO_DEVICE_FOUND},
                       ProbeCase{"KORVA#AreaScan#A2040M#_1_4_2#OTHER", CL_ERR_NO_DEVICE_FOUND},
                       ProbeCase{"ACME", CL_ERR_NO_DEVICE_FOUND},
+                      ProbeCase{"korva", CL_ERR_NO_DEVICE_FOUND},
                       ProbeCase{"", CL_ERR_INVALID_DEVICEID},
                       ProbeCase{"KO RVA", CL_ERR_INVALID_DEVICEID},
                       ProbeCase{"#AreaScan", CL_ERR_INVALID_DEVICEID},
@@ -138,29 +142,6 @@ TEST_F(DriverTest, ProbeFollowsTheBufferSizeProtocol) {
   EXPECT_EQ(CL_ERR_INVALID_PTR, driver_.ProbeDevice(serial_.get(), nullptr, tiny, &size, &cookie, 500));
 }
 
-TEST_F(DriverTest, ReadsAndWritesRegisters) {
-  StartCamera();
-  const CLUINT32 cookie = Connect();
-  uint32_t value = 0;
-  ASSERT_EQ(CL_ERR_NO_ERR, Read32(cookie, kWidthReg, value));
-  EXPECT_EQ(2048u, value);
-  ASSERT_EQ(CL_ERR_NO_ERR, Write32(cookie, kWidthReg, 1024));
-  ASSERT_EQ(CL_ERR_NO_ERR, Read32(cookie, kWidthReg, value));
-  EXPECT_EQ(1024u, value);
-}
-
-TEST_F(DriverTest, SplitsLargeReadsIntoPackets) {
-  StartCamera();
-  const CLUINT32 cookie = Connect();
-  const auto& file = sim_->device().descriptionFile();
-  ASSERT_GT(file.size(), 2500u);
-  std::vector<uint8_t> data(2500);
-  ASSERT_EQ(CL_ERR_NO_ERR, driver_.ReadRegister(serial_.get(), cookie, 0x100000,
-                                                reinterpret_cast<CLINT8*>(data.data()), 2500, 500));
-  EXPECT_TRUE(std::equal(data.begin(), data.end(), file.begin()));
-  EXPECT_GE(sim_->stats().commands, 3u);
-}
-
 // Every device status becomes a distinct code of the custom range with a text; -30100 is only
 // ever a write done with a warning.
 struct StatusCase {
@@ -201,17 +182,13 @@ INSTANTIATE_TEST_SUITE_P(
                       StatusCase{0x0001, true, -30100, "warning"},
                       StatusCase{0x4005, true, -30100, "warning"}));
 
-TEST_F(DriverTest, UnknownCodesHaveNoText) {
-  CLINT8 text[8];
-  CLUINT32 size = sizeof text;
-  EXPECT_EQ(CL_ERR_ERROR_NOT_FOUND, driver_.GetErrorText(-12345, text, &size, 0));
-  EXPECT_EQ(CL_ERR_INVALID_PTR, driver_.GetErrorText(-30003, text, nullptr, 0));
-}
-
-TEST_F(DriverTest, RefusesBadArgumentsAndUnknownCookies) {
+TEST_F(DriverTest, RefusesBadArgumentsUnknownCookiesAndUnknownCodes) {
   StartCamera();
   const CLUINT32 cookie = Connect();
   CLINT8 buffer[4];
+  CLUINT32 size = sizeof buffer;
+  EXPECT_EQ(CL_ERR_ERROR_NOT_FOUND, driver_.GetErrorText(-12345, buffer, &size, 0));
+  EXPECT_EQ(CL_ERR_INVALID_PTR, driver_.GetErrorText(-30003, buffer, nullptr, 0));
   EXPECT_EQ(CL_ERR_INVALID_PTR, driver_.ReadRegister(serial_.get(), cookie, kWidthReg, nullptr, 4, 500));
   EXPECT_EQ(CL_ERR_INVALID_PTR, driver_.ReadRegister(nullptr, cookie, kWidthReg, buffer, 4, 500));
   EXPECT_EQ(CL_ERR_INVALID_INDEX, driver_.ReadRegister(serial_.get(), cookie, kWidthReg, buffer, -1, 500));
@@ -224,10 +201,10 @@ TEST_F(DriverTest, RefusesBadArgumentsAndUnknownCookies) {
   EXPECT_EQ(CL_ERR_INVALID_COOKIE, driver_.ReadRegister(serial_.get(), cookie, kWidthReg, buffer, 4, 500));
 }
 
-class Descriptions : public DriverTest, public ::testing::WithParamInterface<const char*> {};
-
-TEST_P(Descriptions, DownloadsTheBestManifestEntryAsText) {
-  StartCamera(GetParam());
+// The zipped description of the area-scan camera, in packets (both examples are downloaded over
+// a pseudo-terminal in the clprotocol suites).
+TEST_F(DriverTest, DownloadsTheBestManifestEntryWithItsSha1) {
+  StartCamera();
   const CLUINT32 cookie = Connect();
   CLUINT32 size = 0;
   ASSERT_EQ(CL_ERR_BUFFER_TOO_SMALL, driver_.GetXMLIDs(serial_.get(), cookie, nullptr, &size, 500));
@@ -250,46 +227,36 @@ TEST_P(Descriptions, DownloadsTheBestManifestEntryAsText) {
   size = sizeof sha1;
   ASSERT_EQ(CL_ERR_NO_ERR, driver_.GetXMLSha1(serial_.get(), cookie, list[0].c_str(), sha1, &size, 500));
   const auto& file = sim_->device().descriptionFile();
+  EXPECT_GT(file.size(), 2 * vq::gencp::kMaxReadData);  // it came in several packets
   EXPECT_EQ(vq::gencp::toHex(vq::gencp::sha1(file.data(), file.size())), std::string(sha1));
   EXPECT_EQ(CL_ERR_NO_XMLDESCRIPTION_FOUND,
             driver_.GetXMLDescription(serial_.get(), cookie, "SchemaVersion.9.9@KORVA@XMLVersion.1.0.0",
                                       xml.data(), &size, 500));
 }
 
-INSTANTIATE_TEST_SUITE_P(ZippedAndPlain, Descriptions, ::testing::Values("korva-area", "korva-line"));
-
-struct NameCase {
-  const char* name;
-  CLINT32 expected;
-  uint32_t address;
-};
-
-class ParameterNames : public DriverTest, public ::testing::WithParamInterface<NameCase> {};
-
-TEST_P(ParameterNames, TranslateThroughTheDownloadedDescription) {
+// vxComPort function 1 through the downloaded description (the look-up itself has its own table
+// in the clprotocol suites), and its refusal of bad calls.
+TEST_F(DriverTest, ParameterNamesTranslateThroughTheDownloadedDescription) {
   StartCamera();
   const CLUINT32 cookie = Connect();
   CLUINT32 size = 0;
   ASSERT_EQ(CL_ERR_BUFFER_TOO_SMALL,
             driver_.GetXMLDescription(serial_.get(), cookie, nullptr, nullptr, &size, 500));
-  uint32_t address = 0;
-  const std::string name = GetParam().name;
-  EXPECT_EQ(GetParam().expected,
-            driver_.VxComPort(1, name.c_str(), static_cast<CLINT64>(name.size()), &address, 4, kAreaScanId));
-  if (GetParam().expected == CL_ERR_NO_ERR) {
-    EXPECT_EQ(GetParam().address, address);
+  const struct {
+    const char* name;
+    CLINT32 expected;
+    uint32_t address;
+  } cases[] = {{"Width", CL_ERR_NO_ERR, 0x40108},
+               {"DeviceSerialPortBaudRate", CL_ERR_NO_ERR, 0x10004},
+               {"DeviceModelName", CL_ERR_NO_ERR, 0x44},
+               {"NoSuchFeature", CL_ERR_PARAM_DATA_VALUE, 0}};
+  for (const auto& c : cases) {
+    uint32_t address = 0;
+    EXPECT_EQ(c.expected, driver_.VxComPort(1, c.name, static_cast<CLINT64>(std::strlen(c.name)),
+                                            &address, 4, kAreaScanId))
+        << c.name;
+    EXPECT_EQ(c.address, address) << c.name;
   }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, ParameterNames,
-    ::testing::Values(NameCase{"Width", CL_ERR_NO_ERR, 0x40108},
-                      NameCase{"WidthReg", CL_ERR_NO_ERR, 0x40108},
-                      NameCase{"DeviceSerialPortBaudRate", CL_ERR_NO_ERR, 0x10004},
-                      NameCase{"DeviceModelName", CL_ERR_NO_ERR, 0x44},
-                      NameCase{"NoSuchFeature", CL_ERR_PARAM_DATA_VALUE, 0}));
-
-TEST_F(DriverTest, ParameterNameEntryRefusesBadCalls) {
   uint32_t address = 0;
   EXPECT_EQ(CL_ERR_PARAM_NOT_SUPPORTED, driver_.VxComPort(2, "Width", 5, &address, 4, "KORVA"));
   EXPECT_EQ(CL_ERR_INVALID_PTR, driver_.VxComPort(1, nullptr, 5, &address, 4, "KORVA"));
@@ -299,6 +266,142 @@ TEST_F(DriverTest, ParameterNameEntryRefusesBadCalls) {
   EXPECT_EQ(CL_ERR_PARAM_DATA_SIZE, driver_.VxComPort(1, "Width", -1, &address, 4, "KORVA"));
   EXPECT_EQ(CL_ERR_NO_XMLDESCRIPTION_FOUND,
             driver_.VxComPort(1, "Width", 5, &address, 4, "NOBODY#Nothing"));
+}
+
+TEST_F(DriverTest, LongWriteReturnsPendingAndCompletesWhenContinued) {
+  StartCamera();
+  const CLUINT32 cookie = Connect();
+  sim_->faults().processingDelayMs = 3000;
+  CLINT32 status = Write32(cookie, kWidthReg, 640, 500);
+  EXPECT_EQ(CL_ERR_PENDING_WRITE, status);
+  int continues = 0;
+  while (status == CL_ERR_PENDING_WRITE && continues < 50) {
+    status = driver_.ContinueWriteRegister(serial_.get(), cookie, 1, 500);
+    ++continues;
+  }
+  EXPECT_EQ(CL_ERR_NO_ERR, status);
+  EXPECT_GE(sim_->stats().pendingAcks, 1u);
+  sim_->faults() = vq::sim::FaultPlan{};
+  uint32_t value = 0;
+  ASSERT_EQ(CL_ERR_NO_ERR, Read32(cookie, kWidthReg, value));
+  EXPECT_EQ(640u, value);
+}
+
+TEST_F(DriverTest, RandomLineNoiseNeverHangsAndMostCallsSucceed) {
+  StartCamera();
+  const CLUINT32 cookie = Connect();
+  sim_->faults().byteCorruptRate = 0.01;
+  sim_->faults().byteDropRate = 0.01;
+  sim_->faults().seed = 7;
+  int ok = 0;
+  for (int i = 0; i < 40; ++i) {
+    uint32_t value = 0;
+    const CLINT32 status = Read32(cookie, kWidthReg, value);
+    if (status == CL_ERR_NO_ERR) {
+      EXPECT_EQ(2048u, value);
+      ++ok;
+    } else {
+      EXPECT_EQ(CL_ERR_TIMEOUT, status);
+    }
+  }
+  EXPECT_GE(ok, 35);
+  EXPECT_GT(sim_->stats().lostBytes, 0u);  // the noise was there
+}
+
+// A silent line, or a stop asked for through the parameter, ends a probe without a device.
+TEST_F(DriverTest, ProbesEndWithoutADevice) {
+  StartCamera();
+  sim_->faults().silent = true;
+  CLUINT32 cookie = 0;
+  EXPECT_EQ(CL_ERR_NO_DEVICE_FOUND, Probe("KORVA", nullptr, &cookie, 200));
+  EXPECT_EQ(0u, cookie);
+  sim_->faults().silent = false;
+  for (const CLUINT32 stop : {1u, 0u}) {
+    ASSERT_EQ(CL_ERR_NO_ERR, driver_.SetParam(nullptr, CLP_STOP_PROBE_DEVICE, 0,
+                                              reinterpret_cast<const CLINT8*>(&stop), 4, 0));
+    EXPECT_EQ(stop ? CL_ERR_NO_DEVICE_FOUND : CL_ERR_NO_ERR, Probe("KORVA"));
+  }
+}
+
+class BaudRates : public DriverTest {
+ protected:
+  CLUINT32 GetParam32(CLP_PARAMS param, CLUINT32 cookie) {
+    CLUINT32 value = 0;
+    EXPECT_EQ(CL_ERR_NO_ERR, driver_.GetParam(serial_.get(), param, cookie,
+                                              reinterpret_cast<CLINT8*>(&value), 4, 500));
+    return value;
+  }
+  CLINT32 SetBaud(CLUINT32 cookie, CLUINT32 value) {
+    return driver_.SetParam(serial_.get(), CLP_DEVICE_BAUDERATE, cookie,
+                            reinterpret_cast<const CLINT8*>(&value), 4, 500);
+  }
+};
+
+// Only rates of both ends are offered and taken; a change is confirmed at the new rate, so the
+// device never falls back; AUTOMAX takes the fastest common rate.
+TEST_F(BaudRates, SwitchWithinTheCommonSetWithConfirmation) {
+  StartCamera("korva-line");  // supports 9600, 19200, 57600, 115200
+  serial_->supported = CL_BAUDRATE_9600 | CL_BAUDRATE_19200 | CL_BAUDRATE_57600 | CL_BAUDRATE_230400;
+  const CLUINT32 cookie = Connect();
+  EXPECT_EQ(CL_BAUDRATE_9600 | CL_BAUDRATE_19200 | CL_BAUDRATE_57600,
+            GetParam32(CLP_DEVICE_SUPPORTED_BAUDERATES, cookie));
+  EXPECT_EQ(CL_BAUDRATE_9600, GetParam32(CLP_DEVICE_BAUDERATE, cookie));
+  EXPECT_EQ(CL_ERR_BAUD_RATE_NOT_SUPPORTED, SetBaud(cookie, CL_BAUDRATE_230400));
+  EXPECT_EQ(CL_ERR_BAUD_RATE_NOT_SUPPORTED, SetBaud(cookie, CL_BAUDRATE_115200));
+  EXPECT_EQ(CL_ERR_PARAM_DATA_VALUE, SetBaud(cookie, CL_BAUDRATE_9600 | CL_BAUDRATE_19200));
+  EXPECT_EQ(CL_ERR_PARAM_READ_ONLY,
+            driver_.SetParam(serial_.get(), CLP_DEVICE_SUPPORTED_BAUDERATES, cookie,
+                             reinterpret_cast<const CLINT8*>(&cookie), 4, 500));
+  CLUINT32 value = CL_BAUDRATE_19200;
+  EXPECT_EQ(CL_ERR_PARAM_DATA_SIZE,
+            driver_.SetParam(serial_.get(), CLP_DEVICE_BAUDERATE, cookie,
+                             reinterpret_cast<const CLINT8*>(&value), 2, 500));
+  EXPECT_EQ(CL_BAUDRATE_9600, sim_->device().baudRate());
+
+  ASSERT_EQ(CL_ERR_NO_ERR, SetBaud(cookie, CL_BAUDRATE_19200));
+  EXPECT_EQ(CL_BAUDRATE_19200, sim_->device().baudRate());
+  EXPECT_FALSE(sim_->device().awaitingBaudConfirmation());
+  EXPECT_EQ(CL_BAUDRATE_19200, GetParam32(CLP_DEVICE_BAUDERATE, cookie));
+  uint32_t width = 0;
+  EXPECT_EQ(CL_ERR_NO_ERR, Read32(cookie, 0x50000, width));
+  ASSERT_EQ(CL_ERR_NO_ERR, SetBaud(cookie, CL_BAUDRATE_AUTOMAX));
+  EXPECT_EQ(CL_BAUDRATE_57600, sim_->device().baudRate());
+  ASSERT_EQ(CL_ERR_NO_ERR, SetBaud(cookie, CL_BAUDRATE_9600));
+  EXPECT_EQ(CL_BAUDRATE_9600, sim_->device().baudRate());
+  EXPECT_EQ(0u, sim_->device().baudFallbacks());
+}
+
+// Swallows the first write made after a switch away from 9600: the confirmation.
+class LosesFirstConfirmation : public SimSerial {
+ public:
+  using SimSerial::SimSerial;
+  CLINT32 CLPROTOCOL clSetBaudRate(CLUINT32 baudRate) override {
+    if (baudRate != CL_BAUDRATE_9600 && !dropped_) armed_ = true;
+    return SimSerial::clSetBaudRate(baudRate);
+  }
+  CLINT32 CLPROTOCOL clSerialWrite(CLINT8* buffer, CLUINT32* bufferSize, CLUINT32 timeout) override {
+    if (armed_) {
+      armed_ = false;
+      dropped_ = true;
+      return CL_ERR_NO_ERR;  // "sent", but never arrives
+    }
+    return SimSerial::clSerialWrite(buffer, bufferSize, timeout);
+  }
+
+ private:
+  bool armed_ = false;
+  bool dropped_ = false;
+};
+
+TEST_F(BaudRates, LostConfirmationFallsBackAndRetries) {
+  StartCamera();
+  serial_ = std::make_unique<LosesFirstConfirmation>(*sim_);
+  const CLUINT32 cookie = Connect();
+  ASSERT_EQ(CL_ERR_NO_ERR, SetBaud(cookie, CL_BAUDRATE_38400));
+  EXPECT_EQ(1u, sim_->device().baudFallbacks());
+  EXPECT_EQ(CL_BAUDRATE_38400, sim_->device().baudRate());
+  uint32_t value = 0;
+  EXPECT_EQ(CL_ERR_NO_ERR, Read32(cookie, kWidthReg, value));
 }
 
 }  // namespace
