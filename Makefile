@@ -2,7 +2,7 @@
 # it installs the missing packages, configures, builds and runs every test.
 
 PACKAGES := cmake ninja-build g++ make pkg-config libgtest-dev libgmock-dev \
-            libbenchmark-dev libpugixml-dev libzip-dev zlib1g-dev \
+            libbenchmark-dev libpugixml-dev libzip-dev zlib1g-dev nettle-dev \
             libcli11-dev nlohmann-json3-dev tmux
 FUZZ_PACKAGES := clang libclang-rt-14-dev
 

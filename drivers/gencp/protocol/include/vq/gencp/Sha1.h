@@ -10,22 +10,6 @@ namespace vq::gencp {
 
 using Sha1Digest = std::array<uint8_t, 20>;
 
-class Sha1 {
- public:
-  Sha1();
-  void add(const uint8_t* data, std::size_t size);
-  // The digest of everything added; the object must not be used afterwards.
-  Sha1Digest finish();
-
- private:
-  void compress(const uint8_t* block);
-
-  uint32_t state_[5];
-  uint8_t block_[64];
-  std::size_t blockUsed_ = 0;
-  uint64_t totalBytes_ = 0;
-};
-
 Sha1Digest sha1(const uint8_t* data, std::size_t size);
 // Lower-case hexadecimal text of a digest.
 std::string toHex(const Sha1Digest& digest);
