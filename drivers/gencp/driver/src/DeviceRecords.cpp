@@ -1,11 +1,14 @@
 #include "DeviceRecords.h"
 
 #include <vq/gencp/Bootstrap.h>
+#include <vq/gencp/Sha1.h>
 #include <vq/platform/cache_file.h>
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
+#include <string_view>
 
 #include "Identity.h"
 
@@ -20,22 +23,17 @@ constexpr std::uintmax_t kMaxFileBytes = 256 * 1024;
 constexpr std::size_t kMaxStringBytes = 128;
 constexpr int kFields = 14;
 
+// Hexadecimal digits, the whole text and nothing else.
+bool parseHex(std::string_view digits, uint64_t& value) {
+  const char* end = digits.data() + digits.size();
+  const auto [stop, error] = std::from_chars(digits.data(), end, value, 16);
+  return error == std::errc() && stop == end;
+}
+
 // Strings are written as 'x' and their bytes in hex, so any byte a device sends survives and an
 // empty string is still a field.
 std::string encodeText(const std::string& text) {
-  static const char digits[] = "0123456789abcdef";
-  std::string out = "x";
-  for (unsigned char c : text) {
-    out.push_back(digits[c >> 4]);
-    out.push_back(digits[c & 0xF]);
-  }
-  return out;
-}
-
-int hexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  return -1;
+  return "x" + vq::gencp::toHex(reinterpret_cast<const uint8_t*>(text.data()), text.size());
 }
 
 bool decodeText(const std::string& field, std::string& text) {
@@ -45,10 +43,9 @@ bool decodeText(const std::string& field, std::string& text) {
   }
   text.clear();
   for (std::size_t i = 1; i < field.size(); i += 2) {
-    const int high = hexDigit(field[i]);
-    const int low = hexDigit(field[i + 1]);
-    if (high < 0 || low < 0) return false;
-    text.push_back(static_cast<char>(high << 4 | low));
+    uint64_t byte = 0;
+    if (!parseHex(std::string_view(field).substr(i, 2), byte)) return false;
+    text.push_back(static_cast<char>(byte));
   }
   return true;
 }
@@ -60,14 +57,7 @@ std::string encodeNumber(uint64_t value) {
 }
 
 bool decodeNumber(const std::string& field, uint64_t max, uint64_t& value) {
-  if (field.empty() || field.size() > 16) return false;
-  value = 0;
-  for (char c : field) {
-    const int digit = hexDigit(c);
-    if (digit < 0) return false;
-    value = value << 4 | static_cast<uint64_t>(digit);
-  }
-  return value <= max;
+  return !field.empty() && field.size() <= 16 && parseHex(field, value) && value <= max;
 }
 
 std::string encodeRecord(const KnownDevice& device) {

@@ -15,15 +15,17 @@ Sha1Digest sha1(const uint8_t* data, std::size_t size) {
   return digest;
 }
 
-std::string toHex(const Sha1Digest& digest) {
+std::string toHex(const uint8_t* data, std::size_t size) {
   static const char kDigits[] = "0123456789abcdef";
   std::string text;
-  for (uint8_t byte : digest) {
-    text.push_back(kDigits[byte >> 4]);
-    text.push_back(kDigits[byte & 0x0F]);
+  for (std::size_t i = 0; i < size; ++i) {
+    text.push_back(kDigits[data[i] >> 4]);
+    text.push_back(kDigits[data[i] & 0x0F]);
   }
   return text;
 }
+
+std::string toHex(const Sha1Digest& digest) { return toHex(digest.data(), digest.size()); }
 
 bool isZero(const Sha1Digest& digest) {
   return std::all_of(digest.begin(), digest.end(), [](uint8_t b) { return b == 0; });

@@ -11,7 +11,8 @@ namespace vq::gencp {
 using Sha1Digest = std::array<uint8_t, 20>;
 
 Sha1Digest sha1(const uint8_t* data, std::size_t size);
-// Lower-case hexadecimal text of a digest.
+// Lower-case hexadecimal text of bytes, and of a digest.
+std::string toHex(const uint8_t* data, std::size_t size);
 std::string toHex(const Sha1Digest& digest);
 // True when every byte is zero (a manifest entry without a digest).
 bool isZero(const Sha1Digest& digest);
