@@ -5,10 +5,14 @@
 // reference outside the declared variables, is a defect.
 #include <cstddef>
 #include <cstdint>
+#include <cmath>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "../genicam/genapi/formula/Formula.h"
+#include "../genicam/genapi/formula/FormulaCompiler.h"
+#include "../genicam/genapi/formula/FormulaLexer.h"
 
 namespace {
 
@@ -62,6 +66,80 @@ FormulaDeclarations Declarations(const std::string& body, std::string& formula) 
   return declarations;
 }
 
+// What an evaluation comes to: its value, or its error text.
+template <class Evaluate>
+std::string Outcome(Evaluate&& evaluate) {
+  try {
+    const double value = evaluate();
+    return std::isnan(value) ? "nan" : std::to_string(value);
+  } catch (const FormulaError& e) {
+    return e.what();
+  }
+}
+
+// Another text of the shape: every decimal digit of a literal moved on by one.
+std::string OtherOfShape(const std::string& text,
+                         const std::vector<GenApi::formula::detail::Literal>& literals,
+                         const std::string& shape) {
+  std::string other = text;
+  for (const auto& literal : literals) {
+    std::size_t i = literal.position - 1;
+    if (other[i] == '0' && i + 1 < other.size() && (other[i + 1] == 'x' || other[i + 1] == 'X'))
+      i += 2;
+    for (; i < other.size() && shape[i] == GenApi::formula::detail::kLiteralMark; ++i)
+      if (other[i] >= '0' && other[i] <= '9') other[i] = other[i] == '9' ? '0' : other[i] + 1;
+  }
+  return other;
+}
+
+// The program of a text with another text's literals put in must compute what
+// the other text compiles to.
+void CheckShape(const std::string& text, const FormulaDeclarations& declarations,
+                Arithmetic arithmetic) {
+  namespace detail = GenApi::formula::detail;
+  std::string shape, otherShape;
+  std::vector<detail::Literal> literals, otherLiterals;
+  if (!detail::ShapeOf(text, shape, literals)) return;
+  const std::string other = OtherOfShape(text, literals, shape);
+  if (!detail::ShapeOf(other, otherShape, otherLiterals) || otherShape != shape) std::abort();
+  const std::vector<std::string_view> variables(declarations.variables.begin(),
+                                                declarations.variables.end());
+  std::vector<GenApi::formula::NamedText> constants, expressions;
+  for (const auto& [name, body] : declarations.constants) constants.push_back({name, body});
+  for (const auto& [name, body] : declarations.expressions) expressions.push_back({name, body});
+  const GenApi::formula::DeclarationViews views{variables.data(),   variables.size(),
+                                                constants.data(),   constants.size(),
+                                                expressions.data(), expressions.size()};
+  detail::CompileScratch scratch;
+  std::vector<uint32_t> slots;
+  try {
+    const Formula compiled = Formula::Compile(text, views, arithmetic, &scratch);
+    if (scratch.literals.size() != literals.size()) std::abort();
+    for (std::size_t i = 0; i < literals.size(); ++i) {
+      if (scratch.literals[i].position != literals[i].position) std::abort();
+      slots.push_back(scratch.literals[i].constant);
+    }
+    const Formula shared = compiled.WithLiterals(slots.data(), otherLiterals.data(), slots.size());
+    const Formula direct = Formula::Compile(other, views, arithmetic);
+    PatternSource source(declarations.variables.size());
+    const auto asInteger = [&source](const Formula& f) {
+      return Outcome([&] { return static_cast<double>(f.EvaluateInteger(source)); });
+    };
+    const auto asFloat = [&source](const Formula& f) {
+      return Outcome([&] { return f.EvaluateFloat(source); });
+    };
+    if (asInteger(shared) != asInteger(direct) || asFloat(shared) != asFloat(direct)) std::abort();
+  } catch (const FormulaError&) {
+    // Texts of one shape compile alike: the other text must fail as well.
+    try {
+      Formula::Compile(other, views, arithmetic);
+    } catch (const FormulaError&) {
+      return;
+    }
+    std::abort();
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
@@ -70,6 +148,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   const std::string body(reinterpret_cast<const char*>(data + 1), size - 1);
   std::string text;
   const FormulaDeclarations declarations = Declarations(body, text);
+  CheckShape(text, declarations, arithmetic);
   try {
     const Formula formula = Formula::Compile(text, declarations, arithmetic);
     for (const VariableRef& ref : formula.References()) {

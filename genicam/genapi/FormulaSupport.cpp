@@ -2,6 +2,8 @@
 #include "FormulaSupport.h"
 
 #include <cstring>
+#include <deque>
+#include <string>
 
 #include "EnumerationNodes.h"
 #include "NodeMap.h"
@@ -159,8 +161,8 @@ class NodeVariableSource : public formula::IVariableSource {
 
 #ifdef VQ_HAVE_FORMULA
 
-// Open addressing over the compiled formulas by text, arithmetic and declarations.
-class FormulaCache {
+// Open addressing over formulas by text, arithmetic and declarations.
+class FormulaTable {
  public:
   struct Entry {
     uint64_t hash = 0;
@@ -170,13 +172,16 @@ class FormulaCache {
     const char* extra = nullptr;
     std::optional<formula::Formula> formula;
     const char* error = nullptr;
+    std::vector<uint32_t> literalConstants;  // shapes only: see Formula::WithLiterals
   };
 
-  // The entry for a formula, and whether it was made just now (still to compile).
-  Entry& Find(bool integer, const char* text, const FormulaVariables& vars, const char* extra,
-              bool& created) {
+  // The entry for a formula, and whether it was made just now (still to fill);
+  // varsHash is vars.Hash(). A new entry keeps text as given; it must outlive
+  // the table.
+  Entry& Find(bool integer, const char* text, const FormulaVariables& vars, uint64_t varsHash,
+              const char* extra, bool& created) {
     if (2 * (entries_.size() + 1) > slots_.size()) Grow();
-    const uint64_t hash = Mix(Mix(vars.Hash() + integer, text), extra ? extra : "\1");
+    const uint64_t hash = Mix(Mix(varsHash + integer, text), extra ? extra : "\1");
     const size_t mask = slots_.size() - 1;
     size_t i = hash & mask;
     for (; slots_[i] != 0; i = (i + 1) & mask) {
@@ -199,10 +204,6 @@ class FormulaCache {
     return e;
   }
 
-  // Reused for every compilation.
-  FormulaVariables::Scratch declarations;
-  formula::detail::CompileScratch buffers;
-
  private:
   void Grow() {
     slots_.assign(slots_.empty() ? 1024 : 2 * slots_.size(), 0);
@@ -214,8 +215,70 @@ class FormulaCache {
     }
   }
 
-  std::vector<Entry> entries_;
+  std::deque<Entry> entries_;  // stable: callers hold entries across later finds
   std::vector<uint32_t> slots_;  // entry index + 1; 0 marks a free slot
+};
+
+// The formulas compiled while a description loads, by text; and by shape, the
+// text with its numeric literals masked. Descriptions repeat one formula with
+// other addresses or limits (a selector table per register, say): a text of
+// a shape met before takes the program compiled for it with its own literals
+// in the constants, and is not compiled again.
+class FormulaCache {
+ public:
+  using Entry = FormulaTable::Entry;
+
+  Entry& Find(bool integer, const char* text, const FormulaVariables& vars, const char* extra,
+              bool& created) {
+    shape_ = nullptr;
+    varsHash_ = vars.Hash();
+    return texts_.Find(integer, text, vars, varsHash_, extra, created);
+  }
+
+  // After Find missed the text: the program of a text of a shape compiled
+  // before, if any. Otherwise the shape is remembered, for Learn to give it
+  // the program about to be compiled.
+  std::optional<formula::Formula> FromShape(bool integer, const char* text,
+                                            const FormulaVariables& vars, const char* extra) {
+    shape_ = nullptr;
+    if (!formula::detail::ShapeOf(text, shapeText_, literals_)) return std::nullopt;
+    bool created = false;
+    Entry& e = shapes_.Find(integer, shapeText_.c_str(), vars, varsHash_, extra, created);
+    if (created) {
+      e.text = shapeTexts_.emplace_back(shapeText_).c_str();
+      shape_ = &e;
+      return std::nullopt;
+    }
+    if (!e.formula || e.literalConstants.size() != literals_.size()) return std::nullopt;
+    return e.formula->WithLiterals(e.literalConstants.data(), literals_.data(), literals_.size());
+  }
+
+  // Makes the program just compiled (with buffers) the one of its shape,
+  // when the compiler met the literals where the shape has them.
+  void Learn(const formula::Formula& compiled) {
+    if (!shape_) return;
+    const auto& uses = buffers.literals;
+    if (uses.size() != literals_.size()) return;
+    for (size_t i = 0; i < uses.size(); ++i)
+      if (uses[i].position != literals_[i].position) return;
+    shape_->literalConstants.resize(uses.size());
+    for (size_t i = 0; i < uses.size(); ++i) shape_->literalConstants[i] = uses[i].constant;
+    shape_->formula = compiled;
+    shape_ = nullptr;
+  }
+
+  // Reused for every compilation.
+  FormulaVariables::Scratch declarations;
+  formula::detail::CompileScratch buffers;
+
+ private:
+  FormulaTable texts_;
+  FormulaTable shapes_;
+  std::deque<std::string> shapeTexts_;
+  uint64_t varsHash_ = 0;   // of the declarations Find was last given
+  Entry* shape_ = nullptr;  // the shape FromShape found new, until Learn
+  std::string shapeText_;
+  std::vector<formula::detail::Literal> literals_;
 };
 
 FormulaCacheScope::FormulaCacheScope(NodeMap& map) : map_(map), cache_(new FormulaCache) {
@@ -239,6 +302,11 @@ void FormulaProgram::Compile(const NodeImpl* owner, const char* element, const c
       error_ = entry->error;
       return;
     }
+    formula_ = cache->FromShape(integer, text, vars, extra);
+    if (formula_) {
+      entry->formula = formula_;
+      return;
+    }
   }
   try {
     formula_ = formula::Formula::Compile(
@@ -251,6 +319,7 @@ void FormulaProgram::Compile(const NodeImpl* owner, const char* element, const c
   if (entry) {
     entry->formula = formula_;
     entry->error = error_;
+    if (formula_) cache->Learn(*formula_);
   }
 }
 

@@ -5,6 +5,7 @@
 #include "FormulaCode.h"
 #include "FormulaCompiler.h"
 #include "FormulaEvaluator.h"
+#include "FormulaLexer.h"
 #include "FormulaNumeric.h"
 #include "FormulaScope.h"
 
@@ -47,6 +48,19 @@ Formula Formula::Compile(std::string_view text, const DeclarationViews& declarat
   } catch (const FormulaError& error) {
     throw FormulaError(std::string(error.what()) + " in formula " + Quoted(text));
   }
+}
+
+Formula Formula::WithLiterals(const std::uint32_t* constants, const detail::Literal* literals,
+                              std::size_t count) const {
+  if (!program_) throw FormulaError("formula used after being moved from");
+  auto program = std::make_shared<Program>(*program_);
+  for (std::size_t i = 0; i < count; ++i) {
+    if (program->arithmetic == Arithmetic::Integer)
+      program->integerConstants.at(constants[i]) = literals[i].integerValue;
+    else
+      program->floatConstants.at(constants[i]) = literals[i].floatValue;
+  }
+  return Formula(std::move(program));
 }
 
 Formula::Formula(std::shared_ptr<const Program> program) : program_(std::move(program)) {}

@@ -15,6 +15,7 @@ namespace GenApi {
 namespace formula {
 namespace detail {
 struct CompileScratch;
+struct Literal;
 }
 
 // Integer knives compute in int64, float knives in double.
@@ -75,6 +76,13 @@ class Formula {
   // scratch: buffers kept between compilations (see CompileScratch); may be null.
   static Formula Compile(std::string_view text, const DeclarationViews& declarations,
                          Arithmetic arithmetic, detail::CompileScratch* scratch = nullptr);
+
+  // The same program with the constants of its literals replaced by those of
+  // another text of the same shape (detail::ShapeOf): constants[i] is the
+  // constant this formula's i-th literal became when it was compiled
+  // (CompileScratch::literals), literals[i] the other text's i-th literal.
+  Formula WithLiterals(const std::uint32_t* constants, const detail::Literal* literals,
+                       std::size_t count) const;
 
   int64_t EvaluateInteger(IVariableSource& source) const;
   double EvaluateFloat(IVariableSource& source) const;

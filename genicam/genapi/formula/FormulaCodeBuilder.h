@@ -21,6 +21,11 @@ class CodeBuilder {
   CodeBuilder(Arithmetic arithmetic, Code& work);
 
   Arithmetic GetArithmetic() const { return code_.arithmetic; }
+  // Constants of the program's arithmetic so far: the index the next one gets.
+  std::size_t Constants() const {
+    return code_.arithmetic == Arithmetic::Integer ? code_.integerConstants.size()
+                                                   : code_.floatConstants.size();
+  }
 
   void Emit(OpCode op, std::size_t position, Function function = Function::None) {
     Append(op, function, position, 0);

@@ -68,7 +68,11 @@ bool IsPrefix(TokenKind kind) {
 class Parser {
  public:
   Parser(std::string_view text, Scope& scope, Arithmetic arithmetic, CompileScratch& scratch)
-      : tokens_(text, scratch.tokens), scope_(scope), builder_(arithmetic, scratch.code) {
+      : tokens_(text, scratch.tokens),
+        scope_(scope),
+        builder_(arithmetic, scratch.code),
+        literals_(scratch.literals) {
+    literals_.clear();
     if (tokens_[0].kind == TokenKind::Invalid) tokens_.ThrowInvalid();
   }
 
@@ -252,6 +256,7 @@ class Parser {
   }
 
   void PushNumber(const Token& token) {
+    literals_.push_back({token.position, static_cast<std::uint32_t>(builder_.Constants())});
     if (builder_.GetArithmetic() == Arithmetic::Float) {
       builder_.PushFloat(token.floatValue, token.position);
       return;
@@ -320,6 +325,7 @@ class Parser {
   const Token* current_ = &tokens_[0];
   Scope& scope_;
   CodeBuilder builder_;
+  std::vector<CompileScratch::LiteralUse>& literals_;
   int depth_ = 0;
 };
 

@@ -22,6 +22,13 @@ constexpr int kMaxNestingDepth = 256;
 struct CompileScratch {
   std::vector<Token> tokens;
   Code code;
+  // After a compilation: each numeric literal of the text in order, with the
+  // constant it became (see Formula::WithLiterals).
+  struct LiteralUse {
+    std::uint32_t position;
+    std::uint32_t constant;
+  };
+  std::vector<LiteralUse> literals;
 };
 
 // Compiles `text` with the names of `scope`. Throws FormulaError with the

@@ -1,6 +1,7 @@
 #include "FormulaLexer.h"
 
 #include <charconv>
+#include <cstring>
 #include <cstdio>
 #include <limits>
 
@@ -43,11 +44,8 @@ bool IsIdentifierStart(char c) { return Is(c, kIdentifierStart); }
 bool IsIdentifierChar(char c) { return Is(c, kIdentifierChar); }
 bool IsSpace(char c) { return Is(c, kSpace); }
 
-int HexDigitValue(char c) {
-  if (IsDigit(c)) return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  return c - 'A' + 10;
-}
+// The value of a hex digit: the low four bits, plus 9 for letters.
+int HexDigitValue(char c) { return (c & 0xF) + (c > '9' ? 9 : 0); }
 
 [[noreturn]] void FailAt(const std::string& what, std::size_t position) {
   throw FormulaError(what + " at position " + std::to_string(position));
@@ -323,19 +321,27 @@ TokenKind Pair(TokenKind first, char second) {
   }
 }
 
-// Reads a number the short way when it is a plain decimal integer of up to
-// kExactDigits digits or a hex literal of up to 16 digits, followed by
-// something that is no part of a name; false leaves it to the lexer.
+// Reads a plain number at p: a decimal integer of up to kExactDigits digits
+// or a hex literal of up to 16 digits, followed by something that is no part
+// of a name. Returns where it ends, or null to leave it to the lexer.
+const char* ReadPlainNumber(const char* p, const char* end, std::uint64_t& value) {
+  value = 0;
+  const char* q = p;
+  if (p + 1 != end && p[0] == '0' && (p[1] == 'x' || p[1] == 'X')) {
+    for (q = p + 2; q != end && IsHexDigit(*q); ++q)
+      value = (value << 4) | static_cast<std::uint64_t>(HexDigitValue(*q));
+    if (q == p + 2 || q - (p + 2) > 16) return nullptr;
+  } else {
+    for (; q != end && IsDigit(*q); ++q) value = value * 10 + static_cast<std::uint64_t>(*q - '0');
+    if (q == p || static_cast<std::size_t>(q - p) > kExactDigits) return nullptr;
+  }
+  return q != end && IsIdentifierChar(*q) ? nullptr : q;
+}
+
 bool ReadPlainNumber(const char* p, const char* end, const char*& next, Token& token) {
-  const bool hex = p + 1 != end && p[0] == '0' && (p[1] == 'x' || p[1] == 'X');
-  const char* q = hex ? p + 2 : p;
   std::uint64_t value = 0;
-  for (; q != end && (hex ? IsHexDigit(*q) : IsDigit(*q)); ++q)
-    value = hex ? (value << 4) | static_cast<std::uint64_t>(HexDigitValue(*q))
-                : value * 10 + static_cast<std::uint64_t>(*q - '0');
-  const std::size_t digits = static_cast<std::size_t>(q - p) - (hex ? 2 : 0);
-  if (digits == 0 || digits > (hex ? 16 : kExactDigits) || (q != end && IsIdentifierChar(*q)))
-    return false;
+  const char* q = ReadPlainNumber(p, end, value);
+  if (!q) return false;
   token.kind = TokenKind::Number;
   token.integerValid = true;
   token.integerValue = static_cast<std::int64_t>(value);
@@ -389,6 +395,38 @@ TokenList::TokenList(std::string_view text, std::vector<Token>& storage) : token
     error_ = error.what();
     token->kind = TokenKind::Invalid;
   }
+}
+
+bool ShapeOf(std::string_view text, std::string& shape, std::vector<Literal>& literals) {
+  shape.assign(text.data(), text.size());
+  literals.clear();
+  const char* const begin = text.data();
+  const char* const end = begin + text.size();
+  for (const char* p = begin; p != end;) {
+    const char c = *p;
+    if (IsIdentifierStart(c)) {  // digits inside names are no literals
+      do ++p;
+      while (p != end && IsIdentifierChar(*p));
+      continue;
+    }
+    if (!IsDigit(c)) {
+      if (c == kLiteralMark || (c == '.' && p + 1 != end && IsDigit(p[1]))) return false;
+      ++p;
+      continue;
+    }
+    // The lexer reads a token starting with a digit the same way.
+    std::uint64_t value = 0;
+    const char* next = ReadPlainNumber(p, end, value);
+    if (!next) return false;
+    const auto at = static_cast<std::size_t>(p - begin);
+    Literal& literal = literals.emplace_back();
+    literal.position = static_cast<std::uint32_t>(at + 1);
+    literal.integerValue = static_cast<std::int64_t>(value);
+    literal.floatValue = static_cast<double>(literal.integerValue);
+    std::memset(&shape[at], kLiteralMark, static_cast<std::size_t>(next - p));
+    p = next;
+  }
+  return true;
 }
 
 void TokenList::ThrowInvalid() const { throw FormulaError(error_); }

@@ -72,6 +72,26 @@ class TokenList {
   std::string error_;  // the lexer's message for the Invalid token
 };
 
+// A numeric literal of a formula: where it starts (1-based) and its value in
+// each arithmetic, as the lexer reads it.
+struct Literal {
+  std::uint32_t position = 0;
+  std::int64_t integerValue = 0;
+  double floatValue = 0.0;
+};
+
+// The character that stands for a literal's characters in a shape; the
+// language has no use for it.
+constexpr char kLiteralMark = '#';
+
+// Writes into shape the text with every character of its numeric literals
+// replaced by kLiteralMark, and lists the literals in order. Texts of one
+// shape tokenise alike, literal for literal, so they compile to one program
+// but for the constants of their literals. False, with nothing to rely on,
+// when the text holds a literal only the full lexer reads (fractions,
+// exponents, decimals of more than 15 digits) or the mark itself.
+bool ShapeOf(std::string_view text, std::string& shape, std::vector<Literal>& literals);
+
 // Readable name of a token kind for messages ("')'", "end of formula").
 std::string Describe(const Token& token);
 
