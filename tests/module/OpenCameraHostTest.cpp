@@ -229,22 +229,7 @@ class OpenWithSelector : public ::testing::Test {
       const std::int32_t got = host_.Open(1, always, whenNoMatch, &status);
       if (result != nullptr) *result = got;
     });
-    std::string screen;
-    for (std::size_t showing = 0; showing < answers.size(); ++showing) {
-      if (!ReadDialogScreen(pty_, screen, showing + 1)) {
-        ADD_FAILURE() << "the dialog was shown " << showing << " times, expected "
-                      << answers.size();
-        pty_.Close();  // a hung-up terminal closes the dialog
-        break;
-      }
-      EXPECT_TRUE(pty_.Write(answers[showing].data(), answers[showing].size()));
-    }
-    if (open.wait_for(std::chrono::seconds(60)) != std::future_status::ready) {
-      ADD_FAILURE() << "the open did not end";
-      pty_.Close();
-    }
-    open.get();
-    screen += ReadUntil(pty_, "\x1b[?1049l", 500);
+    const std::string screen = AnswerDialogs(pty_, open, answers);
     EXPECT_EQ(CountOf(screen, kEnterScreen), answers.size()) << "dialog showings";
     return status;
   }
