@@ -137,11 +137,7 @@ TEST_F(OpenOutcome, ClosedSelectorKeepsTheLoadedCamera) {
 // Opens that fail on the camera's side: one level-0 message, the camera
 // closed, nothing hangs, and the next open works.
 TEST_F(OpenOutcome, FailuresOnTheCamerasSideEndWithOneMessage) {
-  std::vector<std::uint8_t> table;
-  ASSERT_TRUE(
-      camera.Simulator().device().registers().peek(gencp::abrm::kManifestTableAddress, 8, table));
-  std::uint64_t manifest = 0;
-  for (std::uint8_t byte : table) manifest = manifest << 8 | byte;
+  const std::uint64_t manifest = camera.Register(gencp::abrm::kManifestTableAddress, 8);
   const std::string exception = R"(.+ \(File: .+ , Line [0-9]+\)$)";
   sim::Profile rootless = KorvaAreaProfile();  // no "Root": no tree after the node map
   const std::string root = "<Category Name=\"Root\"";
