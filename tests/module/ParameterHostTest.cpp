@@ -296,20 +296,16 @@ TEST_F(EdgeCamera, CameraKeepsTheCallbackRegisteredBeforeItWasCreated) {
 }
 
 TEST_F(EdgeCamera, ServicesOfACameraWithoutTheirFeatures) {
-  char text[64];
-  std::memset(text, '#', sizeof text);
-  EXPECT_EQ(Ext().QueryCommand(CMD_MODEL_NAME, text, sizeof text), 1);  // no DeviceModelName
-  EXPECT_EQ(text[0], '#');
-  EXPECT_EQ(Ext().QueryCommand(CMD_CAN_SAVE_CONFIGURATION, text, sizeof text), 0);
+  // No DeviceModelName: answered, nothing written.
+  EXPECT_EQ(QueryText(Ext(), CMD_MODEL_NAME, 64), std::string(64, '#'));
+  char buffer[8];
+  EXPECT_EQ(Ext().QueryCommand(CMD_CAN_SAVE_CONFIGURATION, buffer, sizeof buffer), 0);
   EXPECT_EQ(Ext().ExecuteCommand(CMD_SAVE_CONFIGURATION, nullptr, 0), 0);
   EXPECT_EQ(camera.host.MessagesOfLevel(MESSAGE_FAILURE),
             std::vector<std::string>{"Unable to save camera configuration"});
-  std::uint32_t rate = 0;
-  EXPECT_EQ(Ext().QueryCommand(CMD_MAX_BAUD_RATE, &rate, 4), 1);
-  EXPECT_EQ(rate, 1u);
-  EXPECT_EQ(Ext().QueryCommand(CMD_CURRENT_BAUD_RATE, &rate, 4), 1);
-  EXPECT_EQ(rate, 1u);
-  rate = 1;
+  EXPECT_EQ(QueryWord(Ext(), CMD_MAX_BAUD_RATE), 1u);
+  EXPECT_EQ(QueryWord(Ext(), CMD_CURRENT_BAUD_RATE), 1u);
+  std::uint32_t rate = 1;
   EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, &rate, 4), 0);
   // Texts of a parameter without description or tool tip: the name only, result 0.
   std::vector<ParameterTextItem> texts;
