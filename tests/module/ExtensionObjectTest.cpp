@@ -15,6 +15,7 @@
 #include "camera/SerialAdapter.h"
 #include "extension/ModuleState.h"
 #include "extension/VQ_CameraExt.h"
+#include "support/PtyScreen.h"
 #include "vq/platform/environment.h"
 #include "vq/platform/shared_library.h"
 
@@ -22,7 +23,6 @@ namespace vq {
 namespace {
 
 TEST(RuntimeLocation, InitializeCameraAppendsTheRuntimeSubdirectoryToTheRoot) {
-  const std::optional<std::string> saved = platform::GetEnv(kGenICamRootVariable);
   const struct {
     std::optional<std::string> root;  // none: unset
     std::string directory;            // "/previous": nothing handed over
@@ -35,20 +35,11 @@ TEST(RuntimeLocation, InitializeCameraAppendsTheRuntimeSubdirectoryToTheRoot) {
               {std::nullopt, "/previous"}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.root.value_or("unset").substr(0, 20));
-    if (row.root) {
-      platform::SetEnv(kGenICamRootVariable, *row.root);
-    } else {
-      platform::UnsetEnv(kGenICamRootVariable);
-    }
+    test::ScopedEnv root(kGenICamRootVariable, row.root);
     platform::SetLibraryDirectory("/previous");
     VQ_CameraExt extension;
     EXPECT_EQ(extension.InitializeCamera(nullptr, nullptr, nullptr, ParameterRecordList()), 1);
     EXPECT_EQ(platform::GetLibraryDirectory(), row.directory);
-  }
-  if (saved) {
-    platform::SetEnv(kGenICamRootVariable, *saved);
-  } else {
-    platform::UnsetEnv(kGenICamRootVariable);
   }
   platform::SetLibraryDirectory("");
 }

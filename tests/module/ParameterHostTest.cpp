@@ -1,6 +1,7 @@
 // Parameters as a host sees them: the module loaded with dlopen, a camera
 // opened through command 25 and served by the simulator from a description
-// made for the odd corners of value texts, size rules and writes.
+// made for the odd corners of value texts, size rules and writes; and the
+// baud-rate entries of a made-up description behind a frame grabber's mask.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "support/DescriptionText.h"
+#include "support/ForwardingLink.h"
 #include "support/HostCamera.h"
 
 namespace vq::test {
@@ -294,20 +296,16 @@ TEST_F(EdgeCamera, CameraKeepsTheCallbackRegisteredBeforeItWasCreated) {
 }
 
 TEST_F(EdgeCamera, ServicesOfACameraWithoutTheirFeatures) {
-  char text[64];
-  std::memset(text, '#', sizeof text);
-  EXPECT_EQ(Ext().QueryCommand(CMD_MODEL_NAME, text, sizeof text), 1);  // no DeviceModelName
-  EXPECT_EQ(text[0], '#');
-  EXPECT_EQ(Ext().QueryCommand(CMD_CAN_SAVE_CONFIGURATION, text, sizeof text), 0);
+  // No DeviceModelName: answered, nothing written.
+  EXPECT_EQ(QueryText(Ext(), CMD_MODEL_NAME, 64), std::string(64, '#'));
+  char buffer[8];
+  EXPECT_EQ(Ext().QueryCommand(CMD_CAN_SAVE_CONFIGURATION, buffer, sizeof buffer), 0);
   EXPECT_EQ(Ext().ExecuteCommand(CMD_SAVE_CONFIGURATION, nullptr, 0), 0);
   EXPECT_EQ(camera.host.MessagesOfLevel(MESSAGE_FAILURE),
             std::vector<std::string>{"Unable to save camera configuration"});
-  std::uint32_t rate = 0;
-  EXPECT_EQ(Ext().QueryCommand(CMD_MAX_BAUD_RATE, &rate, 4), 1);
-  EXPECT_EQ(rate, 1u);
-  EXPECT_EQ(Ext().QueryCommand(CMD_CURRENT_BAUD_RATE, &rate, 4), 1);
-  EXPECT_EQ(rate, 1u);
-  rate = 1;
+  EXPECT_EQ(QueryWord(Ext(), CMD_MAX_BAUD_RATE), 1u);
+  EXPECT_EQ(QueryWord(Ext(), CMD_CURRENT_BAUD_RATE), 1u);
+  std::uint32_t rate = 1;
   EXPECT_EQ(Ext().ExecuteCommand(CMD_SET_BAUD_RATE, &rate, 4), 0);
   // Texts of a parameter without description or tool tip: the name only, result 0.
   std::vector<ParameterTextItem> texts;
@@ -352,6 +350,57 @@ TEST_F(EdgeCamera, DeviceRefusalsReportTheCamerasTextAndDecideByCode) {
     EXPECT_EQ(std::count(requests.begin(), requests.end(), SERIAL_IS_PORT_ALIVE), row.silent);
   }
   camera.Simulator().faults() = sim::FaultPlan();
+}
+
+// A frame grabber whose port offers the rates of `mask`.
+class MaskedLink : public ForwardingLink {
+ public:
+  using ForwardingLink::ForwardingLink;
+  std::uint32_t SupportedBaudRates() override { return mask; }
+  std::uint32_t mask = 0xFF;
+};
+
+// Entry names in any letter case, one name outside the table; the rate lives
+// in a plain register here, so no line actually switches.
+TEST(BaudRateEntries, NamesIgnoreCaseUnknownNamesCountAsNoRateAndOtherBitsAreRefused) {
+  HostCamera camera(ProfileForDescription(Description(R"(
+  <Category Name="Root"><pFeature>Serial</pFeature></Category>
+  <Category Name="Serial"><pFeature>DeviceSerialPortBaudRate</pFeature></Category>
+  <Enumeration Name="DeviceSerialPortBaudRate">
+    <EnumEntry Name="baud9600"><Value>1</Value></EnumEntry>
+    <EnumEntry Name="Turbo"><Value>64</Value></EnumEntry>
+    <EnumEntry Name="BAUD115200"><Value>16</Value></EnumEntry>
+    <pValue>RateReg</pValue>
+  </Enumeration>
+)" + IntRegNode("RateReg", 0x40000, 4)),
+                                          kKorvaModel));
+  MaskedLink port(camera.Link());
+  camera.host.Attach(0, &port);
+  ASSERT_TRUE(camera.Open());
+  VQ_Ext& ext = camera.Ext();
+  for (const auto& row :
+       {std::pair<std::uint32_t, std::uint32_t>{17, 16}, {0, 1}, {0xFF, 16}, {0x41, 1}}) {
+    port.mask = row.first;
+    EXPECT_EQ(QueryWord(ext, CMD_MAX_BAUD_RATE), row.second) << row.first;
+  }
+  const struct {
+    std::uint32_t bit;
+    std::int32_t result;
+    std::uint32_t current;  // register and query 32 afterwards
+    std::uint32_t queried;
+  } rows[] = {
+      {16, 1, 16, 16}, {128, 0, 16, 16},  // no entry for it: nothing written
+      {1, 1, 1, 1},    {256, 0, 1, 1},    // outside the table
+      {0, 1, 64, 0},                      // bit 0 is the name outside the table, which reads as 0
+  };
+  for (const auto& row : rows) {
+    std::uint32_t bit = row.bit;
+    EXPECT_EQ(ext.ExecuteCommand(CMD_SET_BAUD_RATE, &bit, sizeof bit), row.result) << row.bit;
+    EXPECT_EQ(camera.Register(0x40000, 4), row.current) << row.bit;
+    EXPECT_EQ(QueryWord(ext, CMD_CURRENT_BAUD_RATE), row.queried) << row.bit;
+  }
+  EXPECT_EQ(ext.ExecuteCommand(CMD_SET_BAUD_RATE, nullptr, 4), 0);
+  EXPECT_EQ(ext.QueryCommand(CMD_MAX_BAUD_RATE, nullptr, 4), 0);
 }
 
 }  // namespace

@@ -18,10 +18,9 @@ namespace vq {
 namespace {
 
 const std::string kDriver = "/opt/drivers#libCLProtocolGenCP.so#";
-const char* const kClear = "\x1b[H\x1b[2J";
-const char* const kLeaveScreen = "\x1b[?25h\x1b[?1049l";
+const std::string kClear = "\x1b[H\x1b[2J";
 const std::string kDown = "\x1b[B";
-const std::string kHangUp = "<hang up>";
+using test::kHangUp;
 
 struct SelectorRun {
   std::int32_t result = -100;
@@ -41,12 +40,15 @@ GenICam::gcstring_vector ToVector(const std::vector<std::string>& texts) {
   return vector;
 }
 
-std::vector<std::string> LastFrameLines(const std::string& output) {
-  const std::string screen = output.substr(0, output.rfind(kLeaveScreen));
-  const std::size_t start = screen.rfind(kClear);
+// The lines of the first (or the last) screen in what the dialog wrote.
+std::vector<std::string> FrameLines(const std::string& output, bool last = false) {
+  std::size_t from = last ? output.rfind(kClear) : output.find(kClear);
   std::vector<std::string> lines;
-  if (start == std::string::npos) return lines;
-  std::istringstream frame(screen.substr(start + std::string(kClear).size()));
+  if (from == std::string::npos) return lines;
+  from += kClear.size();
+  const std::size_t end =
+      std::min(output.find(kClear, from), output.find(test::kLeaveScreen, from));
+  std::istringstream frame(output.substr(from, end - from));
   for (std::string line; std::getline(frame, line);) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
     lines.push_back(line);
@@ -95,19 +97,8 @@ SelectorRun RunSelector(const std::vector<std::string>& templates, std::uint32_t
     run.family = selector.GetSelectedCameraFamily().c_str();
     run.showWhenNoXml = selector.showWhenNoXml;
   });
-  EXPECT_TRUE(test::ReadDialogScreen(pty, run.output, 1));
-  run.firstFrame = LastFrameLines(run.output);
-  if (keys == kHangUp) {
-    pty.Close();
-  } else {
-    EXPECT_TRUE(pty.Write(keys.data(), keys.size()));
-  }
-  if (dialog.wait_for(std::chrono::seconds(30)) != std::future_status::ready) {
-    ADD_FAILURE() << "the dialog did not end";
-    pty.Close();  // a hung-up terminal closes it
-  }
-  dialog.get();
-  if (keys != kHangUp) run.output += test::ReadUntil(pty, kLeaveScreen);
+  run.output = test::AnswerDialogs(pty, dialog, {keys});
+  run.firstFrame = FrameLines(run.output);
   termios now{};
   run.modeRestored = tcgetattr(slave, &now) == 0 && now.c_lflag == cooked.c_lflag &&
                      now.c_oflag == cooked.c_oflag && now.c_iflag == cooked.c_iflag &&
@@ -207,7 +198,8 @@ TEST(SelectorOnTerminal, ScreenLayout) {
   EXPECT_EQ(run.firstFrame, expected);
   EXPECT_EQ(run.output.rfind("\x1b[?1049h", 0), 0u) << "alternate screen first";
   EXPECT_NE(run.output.find("  [x] Show this dialog"), std::string::npos) << "toggled state shown";
-  EXPECT_EQ(run.output.size() - run.output.rfind(kLeaveScreen), std::string(kLeaveScreen).size());
+  EXPECT_EQ(run.output.size() - run.output.rfind(test::kLeaveScreen),
+            std::string(test::kLeaveScreen).size());
 }
 
 // On a 12-row terminal 4 tree rows fit (8 lines are not the tree); typing 1
@@ -219,7 +211,7 @@ TEST(SelectorOnTerminal, LongListsScrollAndTakeTwoDigitNumbers) {
   }
   const SelectorRun run = RunSelector(templates, 1, "12l", 12);
   EXPECT_EQ(Tree(run.firstFrame), "KORVA|  Fam|    (1) M1");
-  const std::vector<std::string> last = LastFrameLines(run.output);
+  const std::vector<std::string> last = FrameLines(run.output, true);
   EXPECT_EQ(std::vector<std::string>(last.begin() + 2, last.begin() + 6),
             (std::vector<std::string>{"          (9) M9", "          (10) M10",
                                       "          (11) M11", ">         (12) M12"}));

@@ -36,11 +36,14 @@ class RecordingPort : public GenApi::IPort {
   const sim::RegisterSpace& image_;
 };
 
-// Reads every readable node of a loaded and connected node map once.
-inline void ReadEveryNode(GenApi::CNodeMapRef& map) {
+inline void CoverComputedRegisters(const std::string& text, sim::Simulator& simulator) {
+  GenApi::CNodeMapRef map("Device");
+  map._LoadXMLFromString(text.c_str());
+  RecordingPort port(simulator.device().registers());
+  map._Connect(&port, "Device");
   GenApi::NodeList_t nodes;
   map._GetNodes(nodes);
-  for (GenApi::INode* node : nodes) {
+  for (GenApi::INode* node : nodes) {  // every readable node once
     try {
       if (!GenApi::IsReadable(node->GetAccessMode())) continue;
       if (auto* value = dynamic_cast<GenApi::IValue*>(node)) value->ToString();
@@ -49,14 +52,6 @@ inline void ReadEveryNode(GenApi::CNodeMapRef& map) {
     } catch (const GenICam::GenericException&) {
     }
   }
-}
-
-inline void CoverComputedRegisters(const std::string& text, sim::Simulator& simulator) {
-  GenApi::CNodeMapRef map("Device");
-  map._LoadXMLFromString(text.c_str());
-  RecordingPort port(simulator.device().registers());
-  map._Connect(&port, "Device");
-  ReadEveryNode(map);
   sim::RegisterSpace& image = simulator.device().registers();
   for (const auto& range : port.ranges) {
     if (range.second > 0 && range.second <= (1 << 20) &&

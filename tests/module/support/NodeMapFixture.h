@@ -49,9 +49,11 @@ class MemoryPort : public GenApi::IPort {
 };
 
 struct LoadedNodeMap {
-  std::unique_ptr<MemoryPort> port = std::make_unique<MemoryPort>();
+  std::unique_ptr<MemoryPort> port;
   std::unique_ptr<GenApi::CNodeMapRef> reference = CreateNodeMapReference();
-  explicit LoadedNodeMap(const std::string& xmlText) {
+  explicit LoadedNodeMap(const std::string& xmlText,
+                         std::unique_ptr<MemoryPort> memory = std::make_unique<MemoryPort>())
+      : port(std::move(memory)) {
     LoadNodeMapFromText(*reference, GenICam::gcstring(xmlText.c_str()));
     EXPECT_TRUE(ConnectNodeMap(*reference, port.get()));
   }

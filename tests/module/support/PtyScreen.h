@@ -1,19 +1,22 @@
 // Helpers for driving the module's terminal user interface through a real
-// pseudo-terminal: reading what the module wrote (the selector dialog's
-// screens among it), setting VQ_DIALOG for a test, and running code in a child
+// pseudo-terminal: reading what the module wrote, answering the selector
+// dialog's screens, setting VQ_DIALOG for a test, and running code in a child
 // process that has (or has not) the pseudo-terminal as its controlling
 // terminal.
 #pragma once
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <functional>
+#include <future>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "vq/platform/environment.h"
 #include "vq/platform/pseudo_terminal.h"
@@ -35,8 +38,11 @@ inline std::string ReadUntil(platform::PseudoTerminal& pty, const std::string& n
   return text;
 }
 
-// What the selector dialog writes each time it is shown.
+// What the selector dialog writes each time it is shown and when it ends.
 constexpr const char* kEnterScreen = "\x1b[?1049h";
+constexpr const char* kLeaveScreen = "\x1b[?25h\x1b[?1049l";
+// An answer that hangs up the terminal instead of typing.
+const std::string kHangUp = "<hang up>";
 
 inline std::size_t CountOf(const std::string& text, const std::string& what) {
   std::size_t count = 0;
@@ -60,6 +66,33 @@ inline bool ReadDialogScreen(platform::PseudoTerminal& pty, std::string& screen,
     screen += ReadUntil(pty, "\n", 500);
   }
   return true;
+}
+
+// Answers the dialogs that `run` (started on its own thread) shows: after the
+// (i + 1)-th showing has drawn its screen, types answers[i]. Then waits for
+// `run` to end, hanging up the terminal if it does not, and returns everything
+// the dialogs wrote.
+inline std::string AnswerDialogs(platform::PseudoTerminal& pty, std::future<void>& run,
+                                 const std::vector<std::string>& answers) {
+  std::string screen;
+  for (std::size_t showing = 0; showing < answers.size(); ++showing) {
+    if (!ReadDialogScreen(pty, screen, showing + 1)) {
+      ADD_FAILURE() << "the dialog was shown " << showing << " times, expected " << answers.size();
+      pty.Close();  // a hung-up terminal closes the dialog
+      break;
+    }
+    if (answers[showing] == kHangUp) {
+      pty.Close();
+    } else {
+      EXPECT_TRUE(pty.Write(answers[showing].data(), answers[showing].size()));
+    }
+  }
+  if (run.wait_for(std::chrono::seconds(60)) != std::future_status::ready) {
+    ADD_FAILURE() << "the dialog did not end";
+    pty.Close();
+  }
+  run.get();
+  return screen + ReadUntil(pty, kLeaveScreen, 500);
 }
 
 // Writes `marker` on the slave side, then reads the master up to it: what the

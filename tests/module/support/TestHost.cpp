@@ -28,15 +28,6 @@ CreateExtensionFunction Factory() {
   return create;
 }
 
-// Line speed of a Camera Link baud-rate bit, 0 for anything else.
-std::uint32_t RateOfBit(std::uint32_t bit) {
-  static const std::uint32_t kRates[] = {9600, 19200, 38400, 57600, 115200, 230400, 460800, 921600};
-  for (std::uint32_t i = 0; i < 8; ++i) {
-    if (bit == (1u << i)) return kRates[i];
-  }
-  return 0;
-}
-
 }  // namespace
 
 SimulatedLink::SimulatedLink(const sim::Profile& profile)
@@ -55,33 +46,6 @@ std::int32_t SimulatedLink::Write(const void* buffer, std::uint32_t& count, std:
 
 std::int32_t SimulatedLink::SetBaudRate(std::uint32_t baudRateBit) {
   return port_.setBaudRate(baudRateBit) ? CL_ERR_NO_ERR : CL_ERR_BAUD_RATE_NOT_SUPPORTED;
-}
-
-SerialDeviceLink::SerialDeviceLink(const std::string& devicePath) { port_.Open(devicePath); }
-
-std::int32_t SerialDeviceLink::Read(void* buffer, std::uint32_t& count, std::uint32_t timeoutMs) {
-  const std::int64_t got = port_.Read(buffer, count, timeoutMs);
-  if (got < 0) return CL_ERR_INVALID_REFERENCE;
-  count = static_cast<std::uint32_t>(got);
-  return got == 0 ? CL_ERR_TIMEOUT : CL_ERR_NO_ERR;
-}
-
-std::int32_t SerialDeviceLink::Write(const void* buffer, std::uint32_t& count,
-                                     std::uint32_t timeoutMs) {
-  return port_.Write(buffer, count, timeoutMs) ? CL_ERR_NO_ERR : CL_ERR_TIMEOUT;
-}
-
-std::uint32_t SerialDeviceLink::SupportedBaudRates() {
-  std::uint32_t mask = 0;
-  for (std::uint32_t bit = 1; bit <= CL_BAUDRATE_921600; bit <<= 1) {
-    if (platform::SerialPort::IsSupportedBaudRate(RateOfBit(bit))) mask |= bit;
-  }
-  return mask;
-}
-
-std::int32_t SerialDeviceLink::SetBaudRate(std::uint32_t baudRateBit) {
-  const std::uint32_t rate = RateOfBit(baudRateBit);
-  return rate != 0 && port_.SetBaudRate(rate) ? CL_ERR_NO_ERR : CL_ERR_BAUD_RATE_NOT_SUPPORTED;
 }
 
 VQ_Ext* CreateModuleExtension() { return Factory()(); }

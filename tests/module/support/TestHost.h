@@ -7,12 +7,10 @@
 
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "vq/VQ_Ext.h"
-#include "vq/platform/serial_port.h"
 #include "vq/sim/InProcessPort.h"
 #include "vq/sim/Profile.h"
 #include "vq/sim/Simulator.h"
@@ -43,20 +41,6 @@ class SimulatedLink : public CameraLink {
  private:
   sim::Simulator simulator_;
   sim::InProcessPort port_;
-};
-
-// A serial device (a pseudo-terminal served by the vqcam-sim program).
-class SerialDeviceLink : public CameraLink {
- public:
-  explicit SerialDeviceLink(const std::string& devicePath);
-  bool IsOpen() const { return port_.IsOpen(); }
-  std::int32_t Read(void* buffer, std::uint32_t& count, std::uint32_t timeoutMs) override;
-  std::int32_t Write(const void* buffer, std::uint32_t& count, std::uint32_t timeoutMs) override;
-  std::uint32_t SupportedBaudRates() override;
-  std::int32_t SetBaudRate(std::uint32_t baudRateBit) override;
-
- private:
-  platform::SerialPort port_;
 };
 
 struct HostMessage {
