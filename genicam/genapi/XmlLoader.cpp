@@ -44,8 +44,28 @@ std::string_view Trim(const char* text) {
   return std::string_view(text, size);
 }
 
-bool IsText(const pugi::xml_node& n) {
-  return n.type() == pugi::node_pcdata || n.type() == pugi::node_cdata;
+// pugixml keeps the tree node a handle stands for in a protected member. A
+// member pointer named through a derived class reads it, so telling an empty
+// handle costs no call into the library.
+class NodeHandle : public pugi::xml_node {
+ public:
+  static bool IsNull(const pugi::xml_node& n) { return n.*(&NodeHandle::_root) == nullptr; }
+};
+
+// The parser keeps no comments, processing instructions, declarations or
+// doctypes, so a node under an element is an element, which always has a
+// name, or character data, which has none: its name alone tells them apart.
+static_assert((kXmlParseOptions & (pugi::parse_comments | pugi::parse_pi |
+                                   pugi::parse_declaration | pugi::parse_doctype)) == 0,
+              "nodes other than elements and character data would pass for text");
+
+// Calls f(element, id) for each element under n, in order.
+template <class F>
+void ForEachElement(const pugi::xml_node& n, F&& f) {
+  for (pugi::xml_node c = n.first_child(); !NodeHandle::IsNull(c); c = c.next_sibling()) {
+    const char* name = c.name();
+    if (*name != '\0') f(c, ElemOfQualified(name));
+  }
 }
 
 // Elements only GetProperty and the presentation queries read: no node parses them.
@@ -96,15 +116,15 @@ class Loader {
     std::vector<pugi::xml_node> resume;
     pugi::xml_node n = root.first_child();
     for (;;) {
-      const pugi::xml_node_type type = n.type();
-      if (type == pugi::node_null) {
+      if (NodeHandle::IsNull(n)) {
         if (resume.empty()) break;
         n = resume.back();
         resume.pop_back();
         continue;
       }
-      if (type == pugi::node_element) {
-        const Elem kind = ElemOfQualified(n.name());
+      const char* name = n.name();
+      if (*name != '\0') {
+        const Elem kind = ElemOfQualified(name);
         if (kind == Elem::Group) {
           resume.push_back(n.next_sibling());
           n = n.first_child();
@@ -249,10 +269,10 @@ class Loader {
   std::string_view TextOf(const pugi::xml_node& n) {
     const char* embedded = n.value();
     pugi::xml_node c = n.first_child();
-    if (c.type() == pugi::node_null) return Trim(embedded);
+    if (NodeHandle::IsNull(c)) return Trim(embedded);
     scratch_.assign(embedded);
-    for (; c; c = c.next_sibling())
-      if (IsText(c)) scratch_ += c.value();
+    for (; !NodeHandle::IsNull(c); c = c.next_sibling())
+      if (*c.name() == '\0') scratch_ += c.value();  // character data, not an element
     return Trim(scratch_);
   }
 
@@ -339,11 +359,7 @@ class Loader {
     if (p.standard) node->SetNameSpace(Standard);
     const char* name = node->Name();
     int knife = 0;
-    for (pugi::xml_node c = n.first_child();; c = c.next_sibling()) {
-      const pugi::xml_node_type type = c.type();
-      if (type == pugi::node_null) break;
-      if (type != pugi::node_element) continue;
-      const Elem child = ElemOfQualified(c.name());
+    ForEachElement(n, [&](const pugi::xml_node& c, Elem child) {
       if (kind == Elem::Enumeration && child == Elem::EnumEntry) {
         LoadEnumEntry(c, static_cast<EnumerationNode&>(*node));
       } else if (child == Elem::IntSwissKnife && IsRegisterFamily(kind)) {
@@ -353,7 +369,7 @@ class Loader {
       } else {
         node.AddChild(c, child);
       }
-    }
+    });
     node.Finish();
   }
 
@@ -365,9 +381,7 @@ class Loader {
         *this, arena_.New<EnumEntryNode>(&map_, names_.Text(nameId), arena_.Copy(attributes.name)),
         nameId);
     if (attributes.standard) entry->SetNameSpace(Standard);
-    for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling())
-      if (c.type() == pugi::node_element)
-        entry.AddChild(c, ElemOfQualified(c.name()));
+    ForEachElement(n, [&](const pugi::xml_node& c, Elem id) { entry.AddChild(c, id); });
     owner.AddEntry(nameId);
     entry.Finish();
   }
@@ -377,9 +391,7 @@ class Loader {
     if (name.empty()) name = std::string("_") + owner + "_Address_" + std::to_string(index);
     const uint32_t nameId = names_.Intern(name);
     Building knife(*this, arena_.New<IntSwissKnifeNode>(&map_, names_.Text(nameId)), nameId);
-    for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling())
-      if (c.type() == pugi::node_element)
-        knife.AddChild(c, ElemOfQualified(c.name()));
+    ForEachElement(n, [&](const pugi::xml_node& c, Elem id) { knife.AddChild(c, id); });
     knife.Finish();
     return names_.Text(nameId);
   }
@@ -390,9 +402,7 @@ class Loader {
     Building key(*this, CreateNode(map_, kind, names_.Text(nameId)), nameId);
     if (attributes.standard) key->SetNameSpace(Standard);
     key.Add(Synthesised(Elem::p1212Parser, rom));
-    for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling())
-      if (c.type() == pugi::node_element)
-        key.AddChild(c, ElemOfQualified(c.name()));
+    ForEachElement(n, [&](const pugi::xml_node& c, Elem id) { key.AddChild(c, id); });
     key.Finish();
   }
 
@@ -400,29 +410,24 @@ class Loader {
   // then the entry's own, which override them. The shared texts are stored once.
   void LoadStructReg(const pugi::xml_node& n) {
     std::vector<XmlElem> shared;
-    for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling()) {
-      if (c.type() != pugi::node_element) continue;
-      const Elem child = ElemOfQualified(c.name());
-      if (child == Elem::StructEntry) continue;
+    ForEachElement(n, [&](const pugi::xml_node& c, Elem child) {
+      if (child == Elem::StructEntry) return;
       if (child == Elem::IntSwissKnife)
         shared.push_back(
             Synthesised(Elem::pAddress, LoadEmbeddedKnife(c, "StructReg", structKnives_++)));
       else
         shared.push_back(MakeElem(c, child, props_.size()));
-    }
-    for (pugi::xml_node c = n.first_child(); c; c = c.next_sibling()) {
-      if (c.type() != pugi::node_element || ElemOfQualified(c.name()) != Elem::StructEntry)
-        continue;
+    });
+    ForEachElement(n, [&](const pugi::xml_node& c, Elem child) {
+      if (child != Elem::StructEntry) return;
       const NodeAttributes attributes = AttributesOf(c, "StructEntry");
       const uint32_t nameId = names_.Intern(attributes.name);
       Building entry(*this, arena_.New<MaskedIntRegNode>(&map_, names_.Text(nameId)), nameId);
       if (attributes.standard) entry->SetNameSpace(Standard);
       for (const XmlElem& e : shared) entry.Add(e);
-      for (pugi::xml_node k = c.first_child(); k; k = k.next_sibling())
-        if (k.type() == pugi::node_element)
-          entry.AddChild(k, ElemOfQualified(k.name()));
+      ForEachElement(c, [&](const pugi::xml_node& k, Elem id) { entry.AddChild(k, id); });
       entry.Finish();
-    }
+    });
   }
 
   NodeMap& map_;
