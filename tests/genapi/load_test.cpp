@@ -79,8 +79,7 @@ TEST(Load, PreProcessingBuildsNodes) {
     EXPECT_EQ(bit->GetValue(), 1) << name;
     EXPECT_EQ(bit->GetMax(), 1) << name;
   }
-  EXPECT_EQ(m.Node("B0")->GetAccessMode(), RW);
-  EXPECT_EQ(m.Node("B1")->GetAccessMode(), RO);
+  EXPECT_EQ(m.Modes("B0 B1"), "RW RO");
   EXPECT_STREQ(m.Node("B0")->GetToolTip().c_str(), "shared");
   EXPECT_STREQ(m.Node("B2")->GetToolTip().c_str(), "own");
   EXPECT_NE(dynamic_cast<IRegister*>(m.Node("B0")), nullptr);

@@ -298,11 +298,9 @@ TEST(Enumeration, AccessModeFollowsItsEntries) {
       <EnumEntry Name="A"><pIsAvailable>G</pIsAvailable><Value>0</Value></EnumEntry>
       <EnumEntry Name="B"><pIsImplemented>G</pIsImplemented><Value>1</Value></EnumEntry>
     </Enumeration>)");
-  EXPECT_EQ(m.Node("AllNI")->GetAccessMode(), NI);
-  EXPECT_EQ(m.Node("AllNA")->GetAccessMode(), NA);
+  EXPECT_EQ(m.Modes("AllNI AllNA"), "NI NA");
   m.As<IInteger>("G")->SetValue(1);
-  EXPECT_EQ(m.Node("AllNI")->GetAccessMode(), RW);
-  EXPECT_EQ(m.Node("AllNA")->GetAccessMode(), RW);
+  EXPECT_EQ(m.Modes("AllNI AllNA"), "RW RW");
 }
 
 TEST(Enumeration, IntegerAndSwissKnifeViews) {
@@ -425,11 +423,9 @@ TEST(SwissKnife, AccessModeFollowsVariables) {
     <Integer Name="U"><pIsAvailable>G</pIsAvailable><Value>1</Value></Integer>
     <IntSwissKnife Name="KNI"><pVariable Name="V">V</pVariable><Formula>V</Formula></IntSwissKnife>
     <IntSwissKnife Name="KNA"><pVariable Name="U">U</pVariable><Formula>U</Formula></IntSwissKnife>)");
-  EXPECT_EQ(m.Node("KNI")->GetAccessMode(), NI);
-  EXPECT_EQ(m.Node("KNA")->GetAccessMode(), NA);
+  EXPECT_EQ(m.Modes("KNI KNA"), "NI NA");
   m.As<IInteger>("G")->SetValue(1);
-  EXPECT_EQ(m.Node("KNI")->GetAccessMode(), RO);
-  EXPECT_EQ(m.Node("KNA")->GetAccessMode(), RO);
+  EXPECT_EQ(m.Modes("KNI KNA"), "RO RO");
 }
 
 TEST(Converter, BothDirectionsAndSlopes) {

@@ -1,5 +1,6 @@
 #include "TestPort.h"
 
+#include <sstream>
 #include <stdexcept>
 
 namespace genapi_test {
@@ -94,6 +95,18 @@ GenApi::INode* Loaded::Node(const char* name) const {
   GenApi::INode* n = ref._GetNode(name);
   if (!n) throw std::runtime_error(std::string("no node ") + name);
   return n;
+}
+
+std::string Loaded::Modes(const std::string& names) const {
+  static const char* const kNames[] = {"NI", "NA", "WO", "RO", "RW", "Undefined", "CycleDetect"};
+  std::istringstream in(names);
+  std::string out;
+  for (std::string name; in >> name;) {
+    const GenApi::EAccessMode mode = Node(name.c_str())->GetAccessMode();
+    out += (out.empty() ? "" : " ") +
+           (mode >= 0 && mode <= 6 ? std::string(kNames[mode]) : std::to_string(mode));
+  }
+  return out;
 }
 
 }  // namespace genapi_test

@@ -70,6 +70,8 @@ size_t ConnectEveryPort(GenApi::CNodeMapRef& ref, GenApi::IPort* port);
 struct Loaded {
   explicit Loaded(const std::string& nodes, bool schema10 = false);
   GenApi::INode* Node(const char* name) const;
+  // The access modes of the named nodes ("A B C") as text ("RW RO NA").
+  std::string Modes(const std::string& names) const;
   template <class T>
   T* As(const char* name) const {
     return dynamic_cast<T*>(Node(name));
