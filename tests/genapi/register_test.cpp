@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <sstream>
 #include <string>
 
 #include "TestPort.h"
@@ -12,11 +13,20 @@ namespace {
 
 using namespace GenApi;
 using genapi_test::Loaded;
+using genapi_test::Reg;
 
 std::string IntReg(int length, const char* endian, const char* sign) {
-  return "<IntReg Name=\"R\"><Address>0x40</Address><Length>" + std::to_string(length) +
-         "</Length><AccessMode>RW</AccessMode><pPort>Device</pPort><Sign>" + sign +
-         "</Sign><Endianess>" + endian + "</Endianess></IntReg>";
+  return genapi_test::IntReg(
+      "R", 0x40, "RW",
+      std::string("<Sign>") + sign + "</Sign><Endianess>" + endian + "</Endianess>", length);
+}
+
+// "A7 E5" as bytes.
+std::vector<uint8_t> Bytes(const std::string& hex) {
+  std::vector<uint8_t> out;
+  std::istringstream in(hex);
+  for (unsigned byte; in >> std::hex >> byte;) out.push_back(uint8_t(byte));
+  return out;
 }
 
 TEST(IntReg, EveryLengthEndiannessAndSign) {
@@ -84,52 +94,32 @@ TEST(MaskedIntReg, BitNumberingSignAndReadModifyWrite) {
     const char* endian;
     int lsb, msb;
     const char* sign;
-    std::vector<uint8_t> before;
+    const char* before;
     int64_t value, min, max, written;
-    std::vector<uint8_t> after;  // empty: not written
+    const char* after;  // empty: not written
   } cases[] = {
-      {4,
-       "LittleEndian",
-       4,
-       11,
-       "Unsigned",
-       {0xA7, 0xE5, 0xCD, 0xAB},
-       0x5A,
-       0,
-       255,
-       0x3C,
-       {0xC7, 0xE3, 0xCD, 0xAB}},
-      {8,
-       "BigEndian",
-       15,
-       8,
-       "Unsigned",
-       {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77, 0x88},
-       0x22,
-       0,
-       255,
-       0xEE,
-       {0x11, 0xEE, 0x33, 0x44, 0x55, 0x66, 0x77, 0x88}},
-      {2, "BigEndian", 11, 0, "Unsigned", {0xAB, 0xCD}, 0xABC, 0, 4095, 0, {}},
-      {4, "LittleEndian", 0, 3, "Signed", {0x0F, 0, 0, 0}, -1, -8, 7, 0, {}},
+      {4, "LittleEndian", 4, 11, "Unsigned", "A7 E5 CD AB", 0x5A, 0, 255, 0x3C, "C7 E3 CD AB"},
+      {8, "BigEndian", 15, 8, "Unsigned", "11 22 33 44 55 66 77 88", 0x22, 0, 255, 0xEE,
+       "11 EE 33 44 55 66 77 88"},
+      {2, "BigEndian", 11, 0, "Unsigned", "AB CD", 0xABC, 0, 4095, 0, ""},
+      {4, "LittleEndian", 0, 3, "Signed", "0F 00 00 00", -1, -8, 7, 0, ""},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::to_string(c.length) + c.endian + std::to_string(c.lsb));
-    Loaded m("<MaskedIntReg Name=\"M\"><Address>0</Address><Length>" + std::to_string(c.length) +
-             "</Length><AccessMode>RW</AccessMode><pPort>Device</pPort><LSB>" +
-             std::to_string(c.lsb) + "</LSB><MSB>" + std::to_string(c.msb) + "</MSB><Sign>" +
-             c.sign + "</Sign><Endianess>" + c.endian + "</Endianess></MaskedIntReg>");
-    m.port.Poke(0, c.before);
+    Loaded m(Reg("MaskedIntReg", "M", 0, "RW",
+                 "<LSB>" + std::to_string(c.lsb) + "</LSB><MSB>" + std::to_string(c.msb) +
+                     "</MSB><Sign>" + c.sign + "</Sign><Endianess>" + c.endian + "</Endianess>",
+                 c.length));
+    m.port.Poke(0, Bytes(c.before));
     IInteger* f = m.As<IInteger>("M");
     EXPECT_EQ(f->GetValue(), c.value);
     EXPECT_EQ(f->GetMin(), c.min);
     EXPECT_EQ(f->GetMax(), c.max);
-    if (c.after.empty()) continue;
+    if (!*c.after) continue;
     f->SetValue(c.written);  // the other bits are kept
-    EXPECT_EQ(m.port.Peek(0, c.length), c.after);
+    EXPECT_EQ(m.port.Peek(0, c.length), Bytes(c.after));
   }
-  Loaded wo(R"(<MaskedIntReg Name="M"><Address>0</Address><Length>4</Length>
-      <AccessMode>WO</AccessMode><pPort>Device</pPort><Bit>3</Bit></MaskedIntReg>)");
+  Loaded wo(Reg("MaskedIntReg", "M", 0, "WO", "<Bit>3</Bit>"));
   wo.port.PokeLE32(0, 0xFFFFFFFF);
   wo.As<IInteger>("M")->SetValue(1);  // a write-only register is not read before the write
   EXPECT_EQ(wo.port.reads, 0);
@@ -140,9 +130,8 @@ TEST(FloatReg, FourAndEightBytesBothEndiannesses) {
   for (int length : {4, 8}) {
     for (const char* endian : {"LittleEndian", "BigEndian"}) {
       SCOPED_TRACE(std::to_string(length) + endian);
-      Loaded m("<FloatReg Name=\"F\"><Address>0x10</Address><Length>" + std::to_string(length) +
-               "</Length><AccessMode>RW</AccessMode><pPort>Device</pPort><Endianess>" + endian +
-               "</Endianess></FloatReg>");
+      Loaded m(Reg("FloatReg", "F", 0x10, "RW",
+                   std::string("<Endianess>") + endian + "</Endianess>", length));
       IFloat* f = m.As<IFloat>("F");
       f->SetValue(-2.5);
       EXPECT_DOUBLE_EQ(f->GetValue(), -2.5);
@@ -159,14 +148,12 @@ TEST(FloatReg, FourAndEightBytesBothEndiannesses) {
       }
     }
   }
-  Loaded bad(R"(<FloatReg Name="F"><Address>0</Address><Length>3</Length>
-      <AccessMode>RO</AccessMode><pPort>Device</pPort></FloatReg>)");
+  Loaded bad(Reg("FloatReg", "F", 0, "RO", "", 3));
   EXPECT_THROW(bad.As<IFloat>("F")->GetValue(), GenICam::OutOfRangeException);
 }
 
 TEST(StringReg, ReadsUpToTheFirstNulAndPadsWrites) {
-  Loaded m(R"(<StringReg Name="S"><Address>0x80</Address><Length>8</Length>
-      <AccessMode>RW</AccessMode><pPort>Device</pPort></StringReg>)");
+  Loaded m(Reg("StringReg", "S", 0x80, "RW", "", 8));
   m.port.Poke(0x80, {'a', 'b', 'c', 0, 'x', 'y', 0, 0});
   IString* s = m.As<IString>("S");
   EXPECT_EQ(std::string(s->GetValue().c_str()), "abc");
@@ -174,14 +161,11 @@ TEST(StringReg, ReadsUpToTheFirstNulAndPadsWrites) {
   s->SetValue("hi");
   EXPECT_EQ(m.port.Peek(0x80, 8), (std::vector<uint8_t>{'h', 'i', 0, 0, 0, 0, 0, 0}));
   EXPECT_THROW(s->SetValue("much too long"), GenICam::OutOfRangeException);
-  GenICam::gcstring value, attribute;
-  s->GetNode()->GetProperty("Length", value, attribute);
-  EXPECT_EQ(std::string(value.c_str()), "8");
+  EXPECT_EQ(genapi_test::Property(s->GetNode(), "Length"), "8");
 }
 
 TEST(Register, HexTextForms) {
-  Loaded m(R"(<Register Name="R"><Address>0</Address><Length>3</Length>
-      <AccessMode>RW</AccessMode><pPort>Device</pPort></Register>)");
+  Loaded m(Reg("Register", "R", 0, "RW", "", 3));
   m.port.Poke(0, {0x0A, 0xFF, 0x01});
   IRegister* r = m.As<IRegister>("R");
   EXPECT_EQ(std::string(r->ToString().c_str()), "0x0aff01");

@@ -12,6 +12,7 @@
 namespace {
 
 using namespace GenApi;
+using genapi_test::IntReg;
 using genapi_test::Loaded;
 using genapi_test::Outcome;
 using Ints = std::vector<int64_t>;
@@ -60,16 +61,14 @@ TEST(Integer, FloatingValueRangesAndIncrements) {
 }
 
 TEST(Integer, PointerValueBoundsAndCopies) {
-  Loaded m(R"(
+  Loaded m(IntReg("R", 0, "RW", "<Unit>us</Unit>") +
+           IntReg("S8", 8, "RW", "<Sign>Signed</Sign>", 1) +
+           R"(
     <Integer Name="I"><pValue>R</pValue><pMin>Lo</pMin><pMax>Hi</pMax><pInc>St</pInc></Integer>
-    <IntReg Name="R"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>
-      <pPort>Device</pPort><Unit>us</Unit></IntReg>
     <Integer Name="Lo"><Value>2</Value></Integer>
     <Integer Name="Hi"><Value>20</Value></Integer>
     <Integer Name="St"><Value>2</Value></Integer>
     <Integer Name="S"><pValue>S8</pValue></Integer>
-    <IntReg Name="S8"><Address>8</Address><Length>1</Length><AccessMode>RW</AccessMode>
-      <pPort>Device</pPort><Sign>Signed</Sign></IntReg>
     <Integer Name="C"><pValueCopy>C1</pValueCopy><pValue>V</pValue><pValueCopy>C2</pValueCopy>
     </Integer>
     <Integer Name="V"><Value>0</Value></Integer>
@@ -107,10 +106,7 @@ TEST(Integer, IndexedValues) {
   EXPECT_EQ(m.As<IInteger>("Target")->GetValue(), 21);
   sel->SetValue(7);
   EXPECT_EQ(i->GetValue(), 99);
-  GenICam::gcstring value, attribute;
-  EXPECT_TRUE(i->GetNode()->GetProperty("ValueIndexed", value, attribute));
-  EXPECT_STREQ(value.c_str(), "10");
-  EXPECT_STREQ(attribute.c_str(), "0");
+  EXPECT_EQ(genapi_test::Property(i->GetNode(), "ValueIndexed"), "10 @ 0");
 }
 
 TEST(Integer, TextFormsByRepresentation) {
@@ -150,14 +146,12 @@ TEST(Integer, TextFormsByRepresentation) {
 }
 
 TEST(Integer, ErrorEnumerationIsCheckedAfterVerifiedWrites) {
-  Loaded m(R"(
+  Loaded m(IntReg("ErrReg", 0, "RO", "<Cachable>NoCache</Cachable>") + R"(
     <Integer Name="I"><pError>Err</pError><Value>0</Value></Integer>
     <Enumeration Name="Err"><pValue>ErrReg</pValue>
       <EnumEntry Name="Ok"><Value>0</Value></EnumEntry>
       <EnumEntry Name="Bad"><ToolTip>value refused</ToolTip><DisplayName>Refused</DisplayName>
-        <Value>3</Value></EnumEntry></Enumeration>
-    <IntReg Name="ErrReg"><Address>0</Address><Length>4</Length><AccessMode>RO</AccessMode>
-      <pPort>Device</pPort><Cachable>NoCache</Cachable></IntReg>)");
+        <Value>3</Value></EnumEntry></Enumeration>)");
   IInteger* i = m.As<IInteger>("I");
   i->SetValue(1);
   m.port.PokeLE32(0, 3);
@@ -232,7 +226,7 @@ TEST(Float, PointersToIntegerAndEnumerationAndBack) {
   EXPECT_EQ(m.As<IInteger>("R")->GetValue(), 3);  // an integer reads a float rounded
 }
 
-const char* kEnum = R"(
+const std::string kEnum = IntReg("R", 0) + R"(
   <Integer Name="Avail"><Value>0</Value></Integer>
   <Integer Name="Impl"><Value>0</Value></Integer>
   <Enumeration Name="E"><pValue>R</pValue>
@@ -240,9 +234,7 @@ const char* kEnum = R"(
     <EnumEntry Name="One"><pIsAvailable>Avail</pIsAvailable><Value>1</Value></EnumEntry>
     <EnumEntry Name="Two"><Value>2</Value><Symbolic>Deux</Symbolic></EnumEntry>
     <EnumEntry Name="Three"><pIsImplemented>Impl</pIsImplemented><Value>3</Value></EnumEntry>
-  </Enumeration>
-  <IntReg Name="R"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>
-    <pPort>Device</pPort></IntReg>)";
+  </Enumeration>)";
 
 TEST(Enumeration, EntriesSymbolicsAndWrites) {
   Loaded m(kEnum);
@@ -306,11 +298,9 @@ TEST(Enumeration, AccessModeFollowsItsEntries) {
       <EnumEntry Name="A"><pIsAvailable>G</pIsAvailable><Value>0</Value></EnumEntry>
       <EnumEntry Name="B"><pIsImplemented>G</pIsImplemented><Value>1</Value></EnumEntry>
     </Enumeration>)");
-  EXPECT_EQ(m.Node("AllNI")->GetAccessMode(), NI);
-  EXPECT_EQ(m.Node("AllNA")->GetAccessMode(), NA);
+  EXPECT_EQ(m.Modes("AllNI AllNA"), "NI NA");
   m.As<IInteger>("G")->SetValue(1);
-  EXPECT_EQ(m.Node("AllNI")->GetAccessMode(), RW);
-  EXPECT_EQ(m.Node("AllNA")->GetAccessMode(), RW);
+  EXPECT_EQ(m.Modes("AllNI AllNA"), "RW RW");
 }
 
 TEST(Enumeration, IntegerAndSwissKnifeViews) {
@@ -330,14 +320,10 @@ TEST(Enumeration, IntegerAndSwissKnifeViews) {
 }
 
 TEST(StringAndBoolean, FloatingAndPointerForms) {
-  Loaded m(R"(
+  Loaded m(IntReg("R", 0) + genapi_test::Reg("StringReg", "Reg", 0x40, "RW", "", 16) + R"(
     <String Name="S"><Value>hello</Value></String>
     <String Name="P"><pValue>Reg</pValue></String>
-    <StringReg Name="Reg"><Address>0x40</Address><Length>16</Length><AccessMode>RW</AccessMode>
-      <pPort>Device</pPort></StringReg>
     <Boolean Name="B"><pValue>R</pValue><OnValue>5</OnValue><OffValue>2</OffValue></Boolean>
-    <IntReg Name="R"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>
-      <pPort>Device</pPort></IntReg>
     <Boolean Name="F"><Value>true</Value></Boolean>)");
   IString* s = m.As<IString>("S");
   EXPECT_STREQ(s->GetValue().c_str(), "hello");
@@ -367,20 +353,14 @@ TEST(StringAndBoolean, FloatingAndPointerForms) {
 }
 
 TEST(Command, ExecuteIsDoneAndRefusals) {
-  Loaded m(R"(
+  Loaded m(IntReg("R", 0) + IntReg("WR", 8, "WO") + IntReg("KR", 16) + R"(
     <Command Name="C"><pValue>R</pValue><CommandValue>1</CommandValue></Command>
-    <IntReg Name="R"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode>
-      <pPort>Device</pPort></IntReg>
     <Command Name="W"><pValue>WR</pValue><CommandValue>3</CommandValue></Command>
-    <IntReg Name="WR"><Address>8</Address><Length>4</Length><AccessMode>WO</AccessMode>
-      <pPort>Device</pPort></IntReg>
     <Command Name="Floating"><Value>0</Value><CommandValue>1</CommandValue></Command>
     <Command Name="RoCmd"><pValue>R</pValue><CommandValue>1</CommandValue>
       <ImposedAccessMode>RO</ImposedAccessMode></Command>
     <Integer Name="Key"><Value>0x55</Value></Integer>
     <Command Name="K"><pValue>KR</pValue><pCommandValue>Key</pCommandValue></Command>
-    <IntReg Name="KR"><Address>16</Address><Length>4</Length><AccessMode>RW</AccessMode>
-      <pPort>Device</pPort></IntReg>
     <Integer Name="G"><Value>0</Value></Integer>
     <Integer Name="HiddenKey"><pIsImplemented>G</pIsImplemented><Value>1</Value></Integer>
     <Command Name="N"><pValue>KR</pValue><pCommandValue>HiddenKey</pCommandValue></Command>)");
@@ -443,22 +423,18 @@ TEST(SwissKnife, AccessModeFollowsVariables) {
     <Integer Name="U"><pIsAvailable>G</pIsAvailable><Value>1</Value></Integer>
     <IntSwissKnife Name="KNI"><pVariable Name="V">V</pVariable><Formula>V</Formula></IntSwissKnife>
     <IntSwissKnife Name="KNA"><pVariable Name="U">U</pVariable><Formula>U</Formula></IntSwissKnife>)");
-  EXPECT_EQ(m.Node("KNI")->GetAccessMode(), NI);
-  EXPECT_EQ(m.Node("KNA")->GetAccessMode(), NA);
+  EXPECT_EQ(m.Modes("KNI KNA"), "NI NA");
   m.As<IInteger>("G")->SetValue(1);
-  EXPECT_EQ(m.Node("KNI")->GetAccessMode(), RO);
-  EXPECT_EQ(m.Node("KNA")->GetAccessMode(), RO);
+  EXPECT_EQ(m.Modes("KNI KNA"), "RO RO");
 }
 
 TEST(Converter, BothDirectionsAndSlopes) {
-  Loaded m(R"(
+  Loaded m(IntReg("Raw", 0, "RW", "<Unit>ticks</Unit>", 2) + R"(
     <Float Name="C"><pValue>Conv</pValue></Float>
     <Converter Name="Conv"><pVariable Name="TIMEBASE">TB</pVariable>
       <FormulaTo>FROM / TIMEBASE</FormulaTo><FormulaFrom>TO * TIMEBASE</FormulaFrom>
       <pValue>Raw</pValue><Slope>Increasing</Slope></Converter>
     <Integer Name="TB"><Value>100</Value></Integer>
-    <IntReg Name="Raw"><Address>0</Address><Length>2</Length><AccessMode>RW</AccessMode>
-      <pPort>Device</pPort><Unit>ticks</Unit></IntReg>
     <IntConverter Name="IC"><pVariable Name="K">TB</pVariable>
       <FormulaTo>K - FROM</FormulaTo><FormulaFrom>K - TO</FormulaFrom>
       <pValue>Raw</pValue><Slope>Decreasing</Slope></IntConverter>)");

@@ -1,5 +1,6 @@
 #include "TestPort.h"
 
+#include <sstream>
 #include <stdexcept>
 
 namespace genapi_test {
@@ -50,15 +51,39 @@ uint32_t MemoryPort::PeekLE32(int64_t address) const {
 std::string Describe(const std::string& nodes, bool schema10) {
   const char* ns = schema10 ? "http://www.genicam.org/GenApi/Version_1_0"
                             : "http://www.genicam.org/GenApi/Version_1_1";
-  return std::string("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-                     "<RegisterDescription ModelName=\"TestModel\" VendorName=\"TestVendor\" "
-                     "ToolTip=\"Test\" StandardNameSpace=\"None\" SchemaMajorVersion=\"1\" "
-                     "SchemaMinorVersion=\"") +
+  return std::string(
+             "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+             "<RegisterDescription ModelName=\"TestModel\" VendorName=\"TestVendor\" "
+             "ToolTip=\"Test\" StandardNameSpace=\"None\" SchemaMajorVersion=\"1\" "
+             "SchemaMinorVersion=\"") +
          (schema10 ? "0" : "1") +
          "\" SchemaSubMinorVersion=\"0\" MajorVersion=\"2\" MinorVersion=\"3\" "
          "SubMinorVersion=\"4\" ProductGuid=\"01234567-89ab-cdef-0123-456789abcdef\" "
          "VersionGuid=\"fedcba98-7654-3210-fedc-ba9876543210\" xmlns=\"" +
          ns + "\">\n" + nodes + "\n<Port Name=\"Device\"/>\n</RegisterDescription>\n";
+}
+
+std::string Reg(const char* kind, const std::string& name, int64_t address, const char* mode,
+                const std::string& extra, int length) {
+  return std::string("<") + kind + " Name=\"" + name + "\">" + extra + "<Address>" +
+         std::to_string(address) + "</Address><Length>" + std::to_string(length) +
+         "</Length><AccessMode>" + mode + "</AccessMode><pPort>Device</pPort></" + kind + ">";
+}
+
+std::string Property(GenApi::INode* node, const char* name) {
+  GenICam::gcstring value, attribute;
+  if (!node->GetProperty(name, value, attribute)) return "(none)";
+  const std::string text = value.c_str();
+  return attribute.size() ? text + " @ " + attribute.c_str() : text;
+}
+
+size_t ConnectEveryPort(GenApi::CNodeMapRef& ref, GenApi::IPort* port) {
+  GenApi::NodeList_t nodes;
+  ref._GetNodes(nodes);
+  size_t connected = 0;
+  for (GenApi::INode* n : nodes)
+    if (dynamic_cast<GenApi::IPort*>(n)) connected += ref._Connect(port, n->GetName()) ? 1 : 0;
+  return connected;
 }
 
 Loaded::Loaded(const std::string& nodes, bool schema10) {
@@ -70,6 +95,18 @@ GenApi::INode* Loaded::Node(const char* name) const {
   GenApi::INode* n = ref._GetNode(name);
   if (!n) throw std::runtime_error(std::string("no node ") + name);
   return n;
+}
+
+std::string Loaded::Modes(const std::string& names) const {
+  static const char* const kNames[] = {"NI", "NA", "WO", "RO", "RW", "Undefined", "CycleDetect"};
+  std::istringstream in(names);
+  std::string out;
+  for (std::string name; in >> name;) {
+    const GenApi::EAccessMode mode = Node(name.c_str())->GetAccessMode();
+    out += (out.empty() ? "" : " ") +
+           (mode >= 0 && mode <= 6 ? std::string(kNames[mode]) : std::to_string(mode));
+  }
+  return out;
 }
 
 }  // namespace genapi_test

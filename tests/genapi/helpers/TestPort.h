@@ -2,13 +2,13 @@
 // that counts its traffic, and helpers to load inline descriptions.
 #pragma once
 
+#include <GenApi/GenApi.h>
+
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include <GenApi/GenApi.h>
 
 namespace genapi_test {
 
@@ -50,10 +50,28 @@ std::string Outcome(Call&& call) {
 // Wraps an inline node list in a RegisterDescription with a "Device" port.
 std::string Describe(const std::string& nodes, bool schema10 = false);
 
+// A register node of a kind (IntReg, FloatReg, StringReg, ...) on the "Device"
+// port; `extra` goes first inside the element.
+std::string Reg(const char* kind, const std::string& name, int64_t address, const char* mode = "RW",
+                const std::string& extra = "", int length = 4);
+inline std::string IntReg(const std::string& name, int64_t address, const char* mode = "RW",
+                          const std::string& extra = "", int length = 4) {
+  return Reg("IntReg", name, address, mode, extra, length);
+}
+
+// A property's value, " @ " and its attribute when it has one; "(none)" when
+// the node has no such property.
+std::string Property(GenApi::INode* node, const char* name);
+
+// Connects `port` to every port node of the map; gives how many took it.
+size_t ConnectEveryPort(GenApi::CNodeMapRef& ref, GenApi::IPort* port);
+
 // A loaded node map connected to a memory port.
 struct Loaded {
   explicit Loaded(const std::string& nodes, bool schema10 = false);
   GenApi::INode* Node(const char* name) const;
+  // The access modes of the named nodes ("A B C") as text ("RW RO NA").
+  std::string Modes(const std::string& names) const;
   template <class T>
   T* As(const char* name) const {
     return dynamic_cast<T*>(Node(name));

@@ -39,47 +39,28 @@ std::vector<uint8_t> MakeZip(const std::string& fileName, const std::string& con
   const std::string body = deflate ? RawDeflate(content) : content;
   const uint16_t method = deflate ? 8 : 0;
   std::vector<uint8_t> zip;
-  // Local file header.
-  Put32(zip, 0x04034b50);
-  Put16(zip, 20);
-  Put16(zip, 0);
-  Put16(zip, method);
-  Put16(zip, 0);
-  Put16(zip, 0x21);
-  Put32(zip, crc);
-  Put32(zip, uint32_t(body.size()));
-  Put32(zip, uint32_t(content.size()));
-  Put16(zip, uint16_t(fileName.size()));
-  Put16(zip, 0);
+  // From the version needed to extract through the name's length, both headers agree.
+  const auto shared = [&] {
+    for (uint32_t field : {20u, 0u, uint32_t(method), 0u, 0x21u}) Put16(zip, field);
+    for (uint32_t field : {crc, uint32_t(body.size()), uint32_t(content.size())}) Put32(zip, field);
+    Put16(zip, uint16_t(fileName.size()));
+  };
+  Put32(zip, 0x04034b50);  // local file header
+  shared();
+  Put16(zip, 0);  // extra field length
   zip.insert(zip.end(), fileName.begin(), fileName.end());
   zip.insert(zip.end(), body.begin(), body.end());
-  // Central directory.
   const uint32_t central = uint32_t(zip.size());
-  Put32(zip, 0x02014b50);
-  Put16(zip, 20);
-  Put16(zip, 20);
-  Put16(zip, 0);
-  Put16(zip, method);
-  Put16(zip, 0);
-  Put16(zip, 0x21);
-  Put32(zip, crc);
-  Put32(zip, uint32_t(body.size()));
-  Put32(zip, uint32_t(content.size()));
-  Put16(zip, uint16_t(fileName.size()));
-  Put16(zip, 0);
-  Put16(zip, 0);
-  Put16(zip, 0);
-  Put16(zip, 0);
-  Put32(zip, 0);
-  Put32(zip, 0);
+  Put32(zip, 0x02014b50);  // central directory entry
+  Put16(zip, 20);          // version made by
+  shared();
+  for (int field = 0; field < 4; ++field) Put16(zip, 0);  // extra, comment, disk, attributes
+  Put32(zip, 0);                                          // external attributes
+  Put32(zip, 0);                                          // offset of the local header
   zip.insert(zip.end(), fileName.begin(), fileName.end());
   const uint32_t centralSize = uint32_t(zip.size()) - central;
-  // End of central directory.
-  Put32(zip, 0x06054b50);
-  Put16(zip, 0);
-  Put16(zip, 0);
-  Put16(zip, 1);
-  Put16(zip, 1);
+  Put32(zip, 0x06054b50);  // end of central directory
+  for (uint32_t field : {0u, 0u, 1u, 1u}) Put16(zip, field);
   Put32(zip, centralSize);
   Put32(zip, central);
   Put16(zip, 0);

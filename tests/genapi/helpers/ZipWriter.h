@@ -7,7 +7,6 @@
 
 namespace genapi_test {
 
-std::vector<uint8_t> MakeZip(const std::string& fileName, const std::string& content,
-                             bool deflate);
+std::vector<uint8_t> MakeZip(const std::string& fileName, const std::string& content, bool deflate);
 
 }  // namespace genapi_test
