@@ -398,19 +398,24 @@ TokenList::TokenList(std::string_view text, std::vector<Token>& storage) : token
 }
 
 bool ShapeOf(std::string_view text, std::string& shape, std::vector<Literal>& literals) {
-  shape.assign(text.data(), text.size());
   literals.clear();
+  if (text.find(kLiteralMark) != std::string_view::npos) return false;
+  shape.assign(text.data(), text.size());
   const char* const begin = text.data();
   const char* const end = begin + text.size();
   for (const char* p = begin; p != end;) {
-    const char c = *p;
-    if (IsIdentifierStart(c)) {  // digits inside names are no literals
+    const std::uint8_t cls = kClasses.bits[static_cast<unsigned char>(*p)];
+    if ((cls & (kIdentifierStart | kIdentifierChar)) == 0) {  // operators, brackets, spaces
+      ++p;
+      continue;
+    }
+    if (cls & kIdentifierStart) {  // digits inside names are no literals
       do ++p;
       while (p != end && IsIdentifierChar(*p));
       continue;
     }
-    if (!IsDigit(c)) {
-      if (c == kLiteralMark || (c == '.' && p + 1 != end && IsDigit(p[1]))) return false;
+    if ((cls & kDigit) == 0) {  // '.', a fraction when a digit follows
+      if (p + 1 != end && IsDigit(p[1])) return false;
       ++p;
       continue;
     }
