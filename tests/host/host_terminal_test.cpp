@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <regex>
 #include <thread>
 
 #include "host_test_support.h"
@@ -72,11 +71,20 @@ TEST(Terminal, OpeningShowsProgressOnATerminalOnly) {
   EXPECT_EQ(piped.err.find("over the link"), std::string::npos) << piped.err;
 }
 
-// The selector's number of the model named on the screen, e.g. "(2) A2040M" gives "2".
+// The selector's number of the model named on the screen, e.g. "(2) A2040M" gives "2":
+// on the first line naming the model after "(digits) ", those digits.
 std::string NumberOf(const std::string& screen, const std::string& model) {
-  std::smatch match;
-  const std::regex leaf("\\(([0-9]+)\\) [^\\n]*" + model);
-  return std::regex_search(screen, match, leaf) ? match[1].str() : std::string("?");
+  for (size_t at = screen.find(model); at != std::string::npos; at = screen.find(model, at + 1)) {
+    const size_t lineStart = screen.rfind('\n', at) + 1;  // npos + 1 is 0
+    for (size_t open = screen.find('(', lineStart); open < at; open = screen.find('(', open + 1)) {
+      const size_t close = screen.find(") ", open);
+      const std::string digits = screen.substr(open + 1, close - open - 1);
+      if (close < at && !digits.empty() &&
+          digits.find_first_not_of("0123456789") == std::string::npos)
+        return digits;
+    }
+  }
+  return "?";
 }
 
 struct SelectorCase {
