@@ -64,7 +64,7 @@ void run(uint8_t operation, Channel& channel) {
       break;
     }
     case 3: {
-      const Identification found = identify(channel, std::nullopt, {}, kTimeoutMs);
+      const Identification found = identify(channel, {}, kTimeoutMs);
       readManifest(channel, found.device.bootstrap.manifestAddress,
                    found.device.identity.modelTemplate(), kTimeoutMs);
       break;

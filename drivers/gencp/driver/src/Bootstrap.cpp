@@ -114,15 +114,16 @@ bool sameModel(Channel& channel, const KnownDevice& recorded, uint32_t timeoutMs
   return std::string(bytes.begin(), bytes.end()) == expected;
 }
 
-// The record of the device whose serial number register was read, when the device's model name
-// confirms it. The record's bootstrap facts are taken on trust after that check; should they be
-// stale (a firmware update behind the same serial number and model), the description still comes
-// right: the manifest is always read from the device and a cached description is only used when
-// the manifest's SHA1 matches.
-std::optional<KnownDevice> recordedDevice(Channel& channel, const std::vector<uint8_t>& serial,
-                                          const std::vector<KnownDevice>& recorded,
-                                          uint32_t timeoutMs) {
-  for (auto it = recorded.rbegin(); it != recorded.rend(); ++it) {
+// The candidate whose serial number the register read holds, when the device's model name
+// confirms it. Its bootstrap facts are taken on trust after that check; should they be stale (a
+// firmware update behind the same serial number and model), the description still comes right:
+// the manifest is always read from the device and a cached description is only used when the
+// manifest's SHA1 matches. The model is checked too because cameras whose serial number was
+// never set share one text.
+std::optional<KnownDevice> confirmedCandidate(Channel& channel, const std::vector<uint8_t>& serial,
+                                              const std::vector<KnownDevice>& candidates,
+                                              uint32_t timeoutMs) {
+  for (auto it = candidates.rbegin(); it != candidates.rend(); ++it) {
     const uint32_t encoding = it->bootstrap.stringEncoding();
     if (registerString(serial.data(), serial.size(), encoding) != it->bootstrap.serialNumberText) {
       continue;
@@ -135,21 +136,14 @@ std::optional<KnownDevice> recordedDevice(Channel& channel, const std::vector<ui
 
 }  // namespace
 
-Identification identify(Channel& channel, const std::optional<KnownDevice>& known,
-                        const std::vector<KnownDevice>& recorded, uint32_t timeoutMs) {
+Identification identify(Channel& channel, const std::vector<KnownDevice>& candidates,
+                        uint32_t timeoutMs) {
   channel.setMaxSends(kLivenessSends);
-  const bool serialFirst = known || !recorded.empty();
+  const bool serialFirst = !candidates.empty();
   if (serialFirst) {
     const auto serial = channel.readMem(abrm::kSerialNumber, abrm::kStringSize, timeoutMs, true);
     channel.setMaxSends(kMaxSends);
-    // The model is checked too: cameras whose serial number was never set share one text, so
-    // another camera plugged into the port could otherwise pass for the one known there.
-    if (known && registerString(serial.data(), serial.size(), known->bootstrap.stringEncoding()) ==
-                     known->bootstrap.serialNumberText &&
-        sameModel(channel, *known, timeoutMs)) {
-      return Identification{*known, false};
-    }
-    if (auto device = recordedDevice(channel, serial, recorded, timeoutMs)) {
+    if (auto device = confirmedCandidate(channel, serial, candidates, timeoutMs)) {
       return Identification{*device, false};
     }
   }

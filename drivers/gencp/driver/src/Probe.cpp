@@ -83,9 +83,9 @@ std::shared_ptr<Connection> probeDevice(ISerial* serial, const std::string& shor
     throw DriverFailure(CL_ERR_INVALID_DEVICEID, "malformed device ID template '" + shortTemplate + "'");
   }
   const PortHints hints = PortMemory::recall(serial);
-  // The records on disk serve a port this process has not identified a device on yet.
-  const std::vector<KnownDevice> recorded =
-      hints.device ? std::vector<KnownDevice>() : DeviceRecords::load();
+  // The device last identified on this port, else the records on disk (newest last).
+  const std::vector<KnownDevice> candidates =
+      hints.device ? std::vector<KnownDevice>{*hints.device} : DeviceRecords::load();
   std::string lastFailure = "nothing tried";
   for (uint32_t rate : ratesToTry(serial, hints.baudBit)) {
     checkStopped();
@@ -95,7 +95,7 @@ std::shared_ptr<Connection> probeDevice(ISerial* serial, const std::string& shor
     Channel channel(serial, bitsPerSecond(rate), std::min(timeoutMs, kProbeResponseMs));
     Identification found;
     try {
-      found = identify(channel, hints.device, recorded, timeoutMs);
+      found = identify(channel, candidates, timeoutMs);
     } catch (const DriverFailure& failure) {
       if (failure.code() != CL_ERR_TIMEOUT) throw;  // something answered, and was refused
       lastFailure = failure.what();
