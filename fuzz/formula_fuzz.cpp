@@ -102,25 +102,17 @@ void CheckShape(const std::string& text, const FormulaDeclarations& declarations
   if (!detail::ShapeOf(text, shape, literals)) return;
   const std::string other = OtherOfShape(text, literals, shape);
   if (!detail::ShapeOf(other, otherShape, otherLiterals) || otherShape != shape) std::abort();
-  const std::vector<std::string_view> variables(declarations.variables.begin(),
-                                                declarations.variables.end());
-  std::vector<GenApi::formula::NamedText> constants, expressions;
-  for (const auto& [name, body] : declarations.constants) constants.push_back({name, body});
-  for (const auto& [name, body] : declarations.expressions) expressions.push_back({name, body});
-  const GenApi::formula::DeclarationViews views{variables.data(),   variables.size(),
-                                                constants.data(),   constants.size(),
-                                                expressions.data(), expressions.size()};
   detail::CompileScratch scratch;
   std::vector<uint32_t> slots;
   try {
-    const Formula compiled = Formula::Compile(text, views, arithmetic, &scratch);
+    const Formula compiled = Formula::Compile(text, declarations, arithmetic, &scratch);
     if (scratch.literals.size() != literals.size()) std::abort();
     for (std::size_t i = 0; i < literals.size(); ++i) {
       if (scratch.literals[i].position != literals[i].position) std::abort();
       slots.push_back(scratch.literals[i].constant);
     }
     const Formula shared = compiled.WithLiterals(slots.data(), otherLiterals.data(), slots.size());
-    const Formula direct = Formula::Compile(other, views, arithmetic);
+    const Formula direct = Formula::Compile(other, declarations, arithmetic);
     PatternSource source(declarations.variables.size());
     const auto asInteger = [&source](const Formula& f) {
       return Outcome([&] { return static_cast<double>(f.EvaluateInteger(source)); });
@@ -132,7 +124,7 @@ void CheckShape(const std::string& text, const FormulaDeclarations& declarations
   } catch (const FormulaError&) {
     // Texts of one shape compile alike: the other text must fail as well.
     try {
-      Formula::Compile(other, views, arithmetic);
+      Formula::Compile(other, declarations, arithmetic);
     } catch (const FormulaError&) {
       return;
     }

@@ -28,7 +28,7 @@ std::string Quoted(std::string_view text) {
 }  // namespace
 
 Formula Formula::Compile(const std::string& text, const FormulaDeclarations& declarations,
-                         Arithmetic arithmetic) {
+                         Arithmetic arithmetic, detail::CompileScratch* scratch) {
   const std::vector<std::string_view> variables(declarations.variables.begin(),
                                                 declarations.variables.end());
   std::vector<NamedText> constants, expressions;
@@ -36,7 +36,7 @@ Formula Formula::Compile(const std::string& text, const FormulaDeclarations& dec
   for (const auto& [name, body] : declarations.expressions) expressions.push_back({name, body});
   return Compile(text, DeclarationViews{variables.data(), variables.size(), constants.data(),
                                         constants.size(), expressions.data(), expressions.size()},
-                 arithmetic);
+                 arithmetic, scratch);
 }
 
 Formula Formula::Compile(std::string_view text, const DeclarationViews& declarations,

@@ -72,7 +72,7 @@ class Formula {
  public:
   // Throws FormulaError when the text does not parse or names something undeclared.
   static Formula Compile(const std::string& text, const FormulaDeclarations& declarations,
-                         Arithmetic arithmetic);
+                         Arithmetic arithmetic, detail::CompileScratch* scratch = nullptr);
   // scratch: buffers kept between compilations (see CompileScratch); may be null.
   static Formula Compile(std::string_view text, const DeclarationViews& declarations,
                          Arithmetic arithmetic, detail::CompileScratch* scratch = nullptr);
